@@ -1,0 +1,31 @@
+# Compiler flags. They decide the numbers, so they live here and not in a preset; primitives/tiers.h checks them again.
+
+# Everything that is ours.
+add_library(noxcv_flags INTERFACE)
+target_compile_options(noxcv_flags INTERFACE
+  # A float operation rounds once to float, a double operation once to double, and nothing is fused.
+  -msse2 -mfpmath=sse -ffp-contract=off
+  # These two change no value; they let loops with roots and comparisons become vector code.
+  -fno-math-errno -fno-trapping-math
+  -Wall -Wextra
+  $<$<BOOL:${NOXCV_WERROR}>:-Werror>)
+target_compile_definitions(noxcv_flags INTERFACE $<$<BOOL:${NOXCV_BASELINE}>:NOXCV_BASELINE>)
+if(NOXCV_SANITIZE)
+  target_compile_options(noxcv_flags INTERFACE
+    # Pixels need no alignment: the library promises to take any address.
+    -fsanitize=address,undefined -fno-sanitize=alignment -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  # The instrumentation makes the compiler lose track of what the standard library has initialised.
+  target_compile_options(noxcv_flags INTERFACE -Wno-maybe-uninitialized)
+  target_link_options(noxcv_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# The two shared libraries.
+add_library(noxcv_library_flags INTERFACE)
+target_compile_options(noxcv_library_flags INTERFACE
+  -fno-semantic-interposition -fno-exceptions -fno-rtti
+  # Old callers keep the stack aligned to 4 bytes only.
+  $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign>)
+target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions)
+if(NOT NOXCV_SANITIZE)
+  target_link_options(noxcv_library_flags INTERFACE -Wl,-z,defs)
+endif()

@@ -1,0 +1,18 @@
+/**
+ * @file noxcv.h
+ * All of the image library: include this, link with -lnoxcva6 -lnoxcore.
+ */
+#ifndef NOXCV_H
+#define NOXCV_H
+
+#include "noxcore.h"
+#include "noxcv/accumulate.h"
+#include "noxcv/edges.h"
+#include "noxcv/filter.h"
+#include "noxcv/frame.h"
+#include "noxcv/pyramid.h"
+#include "noxcv/sampling.h"
+#include "noxcv/statistics.h"
+#include "noxtypes.h"
+
+#endif

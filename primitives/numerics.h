@@ -1,0 +1,58 @@
+// Each rounding of the library under one name. Families call these and never round on their own.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <limits>
+
+#include "noxtypes.h"
+#include "tiers.h"
+
+namespace nox {
+
+/// Clamps to the range of T.
+template <class T, class Int>
+NOX_INLINE T saturate(Int value) {
+    constexpr Int low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
+    return static_cast<T>(value < low ? low : value > high ? high : value);
+}
+
+/// Clamps to the range of T, then truncates toward zero. Real is float, double or long double.
+template <class T, class Real>
+NOX_INLINE T truncateSaturated(Real value) {
+    constexpr Real low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
+    return static_cast<T>(static_cast<int>(value < low ? low : value > high ? high : value));
+}
+
+/// value / 2^shift rounded to nearest, ties to even; shift from 1 to 30.
+NOX_INLINE int shiftRightNearestEven(int value, int shift) {
+    const unsigned wrapped =
+        static_cast<unsigned>(value) + ((1U << (shift - 1)) - 1U) + ((static_cast<unsigned>(value) >> shift) & 1U);
+    return static_cast<int>(wrapped) >> shift;
+}
+
+/// value / 2^shift rounded to nearest, ties up; shift from 1 to 30.
+NOX_INLINE int shiftRightHalfUp(int value, int shift) { return (value + (1 << (shift - 1))) >> shift; }
+
+/// The low bits of a sum that is stored without a clamp.
+template <class T>
+NOX_INLINE T wrap(int value) {
+    return static_cast<T>(static_cast<std::make_unsigned_t<T>>(static_cast<unsigned>(value)));
+}
+
+/// |a - b| of integers, exact in T.
+template <class T>
+NOX_INLINE T absoluteDifference(T a, T b) {
+    return static_cast<T>(a > b ? a - b : b - a);
+}
+
+/// The value with its sign bit cleared, not-a-numbers included.
+NOX_INLINE float clearSign(float value) {
+    return std::bit_cast<float>(std::bit_cast<std::uint32_t>(value) & 0x7fffffffU);
+}
+
+/// |a - b| of floats: one subtraction, sign bit cleared.
+NOX_INLINE float absoluteDifference(float a, float b) { return clearSign(a - b); }
+
+} // namespace nox
