@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "noxtypes.h"
 #include "tiers.h"
@@ -35,6 +36,11 @@ NOX_INLINE int shiftRightNearestEven(int value, int shift) {
 /// value / 2^shift rounded to nearest, ties up; shift from 1 to 30.
 NOX_INLINE int shiftRightHalfUp(int value, int shift) { return (value + (1 << (shift - 1))) >> shift; }
 
+/// Truncation toward zero as the processor's conversion does it: a value outside the range gives the lowest integer.
+NOX_INLINE int truncateToInt(float value) {
+    return value >= -2147483648.0F && value < 2147483648.0F ? static_cast<int>(value) : std::numeric_limits<int>::min();
+}
+
 /// The low bits of a sum that is stored without a clamp.
 template <class T>
 NOX_INLINE T wrap(int value) {
@@ -50,6 +56,15 @@ NOX_INLINE T absoluteDifference(T a, T b) {
 /// The value with its sign bit cleared, not-a-numbers included.
 NOX_INLINE float clearSign(float value) {
     return std::bit_cast<float>(std::bit_cast<std::uint32_t>(value) & 0x7fffffffU);
+}
+
+/// |value| in a type that holds it.
+template <class To, class T>
+NOX_INLINE To absolute(T value) {
+    if constexpr (std::is_floating_point_v<T>)
+        return clearSign(value);
+    else
+        return static_cast<To>(value < 0 ? -static_cast<int>(value) : static_cast<int>(value));
 }
 
 /// |a - b| of floats: one subtraction, sign bit cleared.

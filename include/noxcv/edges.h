@@ -9,6 +9,65 @@
 
 NOX_BEGIN_DECLS
 
+/**
+ * @name Canny's edge detector
+ * Edges from given derivatives (J. Canny, "A computational approach to edge detection", 1986).
+ *
+ * The magnitude of a pixel is |dx| + |dy|, and 0 unless it is greater than lowThreshold (noxiCanny_16s8u_C1R first
+ * truncates lowThreshold to an integer). A pixel survives thinning when its magnitude is greater than the neighbour
+ * before it along the gradient direction and greater than the one after it, or equal to the latter in the horizontal
+ * and vertical classes. The class comes from |dy| against |dx| tan 67.5 (vertical when greater) and |dx| tan 22.5
+ * (diagonal when at least that, rising when dx and dy differ in sign), the products rounded to single precision; the
+ * sign is the top bit, so a float minus zero counts as negative. Outside the image magnitudes are 0. Survivors above
+ * highThreshold are edges, and so is each survivor that is 8-connected to an edge through survivors.
+ *
+ * dst gets 255 at edges and 0 elsewhere, and 0 in the bytes between the rows too: all of roi.height whole steps must
+ * be writable.
+ *
+ * @param buffer  of the size that noxiCannyGetSize tells for this roi; any alignment.
+ *
+ * Status, in this order: noxStsNullPointer (srcDx, srcDy, dst, buffer), noxStsBadSize, noxStsBadStep, noxStsOddStep
+ * (srcDxStep, srcDyStep), noxStsBadArgument unless 0 <= lowThreshold <= highThreshold (a not-a-number fails too).
+ * @{
+ */
+NOX_API NoxStatus noxiCanny_16s8u_C1R(const Nox16s *srcDx, int srcDxStep, const Nox16s *srcDy, int srcDyStep,
+                                      Nox8u *dst, int dstStep, NoxiSize roi, Nox32f lowThreshold, Nox32f highThreshold,
+                                      Nox8u *buffer);
+NOX_API NoxStatus noxiCanny_32f8u_C1R(const Nox32f *srcDx, int srcDxStep, const Nox32f *srcDy, int srcDyStep,
+                                      Nox8u *dst, int dstStep, NoxiSize roi, Nox32f lowThreshold, Nox32f highThreshold,
+                                      Nox8u *buffer);
+/**
+ * Writes the bytes of the detector's work buffer for an image of this size, for both members. The sum is taken in
+ * 32-bit arithmetic and wraps for images beyond that.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize.
+ */
+NOX_API NoxStatus noxiCannyGetSize(NoxiSize roi, int *bufferSize);
+/** @} */
+
+/**
+ * @name Colour gradient to gray
+ * Folds a three-channel image (a, b, c interleaved) into one channel. By norm:
+ * - 0, maximum: max(a, b, c), of absolute values for Nox32f;
+ * - 1, L1: the mean for integers, ((a + b + c) * 1365 + 2048) >> 12 for 8u and ((a + b + c) * 5461 + 8192) >> 14 for
+ *   16u; the plain sum |a| + |b| + |c| in single precision for Nox32f;
+ * - 2, L2: floor(sqrt((a^2 + b^2 + c^2) / 3) + 0.5) for integers; sqrt(a^2 + b^2 + c^2) in single precision for Nox32f.
+ *
+ * In the 16u L2 form b^2 and c^2 are signed 32-bit products, so they wrap for values of 46341 and above; a negative
+ * sum gives 0.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep (3 elements a pixel in src, one in dst),
+ * noxStsOddStep (16u, 32f), noxStsBadArgument for another norm.
+ * @{
+ */
+NOX_API NoxStatus noxiGradientColorToGray_8u_C3C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                   int norm);
+NOX_API NoxStatus noxiGradientColorToGray_16u_C3C1R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep,
+                                                    NoxiSize roi, int norm);
+NOX_API NoxStatus noxiGradientColorToGray_32f_C3C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                    NoxiSize roi, int norm);
+/** @} */
+
 NOX_END_DECLS
 
 #endif
