@@ -25,7 +25,9 @@ using namespace nox;
 namespace {
 
 constexpr double tangent67 = 2.414213562373095, tangent22 = 0.41421356237309503;
-constexpr Nox8u candidate = 128, edge = 255;
+/// A map byte: the top bit tells a survivor, the next one a survivor above the high threshold.
+constexpr Nox8u candidate = 128, strong = 64;
+constexpr Nox8u edge = 255;
 /// Image sides from which pixel positions no longer fit 16 bits together with the border.
 constexpr int wideSide = 65533;
 
@@ -56,10 +58,16 @@ struct NarrowProduct {
     NOX_INLINE static Nox32f of(Nox32f value, double tangent) { return value * static_cast<Nox32f>(tangent); }
 };
 
-/// Non-maximum suppression of a run of pixels: a pixel survives when its magnitude is above the neighbour before it
-/// along the gradient and above the one after it, or equal to that in the two axial directions.
+/// Pixels that are thinned together, if one of them has a magnitude at all.
+constexpr int runLength = 64;
+
+/// Non-maximum suppression of up to runLength pixels: a pixel survives when its magnitude is above the neighbour before
+/// it along the gradient and above the one after it, or equal to that in the two axial directions. The codes are formed
+/// as wide as the magnitudes and narrowed in a loop of their own: few registers hold one vector of everything.
 template <class Product, class T, class M>
-NOX_INLINE void thinRun(const T *dx, const T *dy, const M *above, const M *row, const M *below, Nox8u *map, int count) {
+NOX_INLINE void thinRun(const T *dx, const T *dy, const M *above, const M *row, const M *below, Nox8u *map, int count,
+                        Nox32f high) {
+    Nox32s codes[runLength];
     for (int x = 0; x < count; ++x) {
         const Nox32f ax = absolute<Nox32f>(dx[x]), ay = absolute<Nox32f>(dy[x]);
         const bool vertical = ay > Product::of(ax, tangent67);
@@ -73,8 +81,11 @@ NOX_INLINE void thinRun(const T *dx, const T *dy, const M *above, const M *row, 
         const M after = vertical ? down : diagonal ? diagonalAfter : right;
         const bool axial = vertical | !diagonal;
         const bool survives = (m > before) & ((m > after) | (axial & (m == after)));
-        map[x] = survives ? candidate : Nox8u(0);
+        const Nox32s code = static_cast<Nox32f>(m) > high ? candidate | strong : candidate;
+        codes[x] = survives ? code : 0;
     }
+    for (int x = 0; x < count; ++x)
+        map[x] = static_cast<Nox8u>(codes[x]);
 }
 
 NOX_TIERS void magnitudes(const Nox16s *dx, const Nox16s *dy, Nox32s *row, int width, Nox32s low) {
@@ -83,9 +94,6 @@ NOX_TIERS void magnitudes(const Nox16s *dx, const Nox16s *dy, Nox32s *row, int w
 NOX_TIERS void magnitudes(const Nox32f *dx, const Nox32f *dy, Nox32f *row, int width, Nox32f low) {
     magnitudeRow(dx, dy, row, width, low);
 }
-
-/// Pixels that are thinned together, if one of them has a magnitude at all.
-constexpr int runLength = 64;
 
 /// All bits of the magnitudes of a run: they are not negative, so 0 tells that none is above the lower threshold, and
 /// the largest is no larger than this.
@@ -99,26 +107,26 @@ NOX_INLINE std::uint32_t magnitudeBits(const M *row, int count) {
 
 template <class T, class M>
 NOX_INLINE void thinRowRuns(const T *dx, const T *dy, const M *above, const M *row, const M *below, Nox8u *map,
-                            int width) {
+                            int width, Nox32f high) {
     int x = 0;
     for (; x + runLength <= width; x += runLength) {
         const std::uint32_t bits = magnitudeBits(row + x, runLength);
         if (bits == 0)
             std::memset(map + x, 0, runLength);
         else if (std::is_integral_v<M> && bits <= NarrowProduct::limit)
-            thinRun<NarrowProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength);
+            thinRun<NarrowProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
         else
-            thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength);
+            thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
     }
-    thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, width - x);
+    thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, width - x, high);
 }
 NOX_TIERS void thinRow(const Nox16s *dx, const Nox16s *dy, const Nox32s *above, const Nox32s *row, const Nox32s *below,
-                       Nox8u *map, int width) {
-    thinRowRuns(dx, dy, above, row, below, map, width);
+                       Nox8u *map, int width, Nox32f high) {
+    thinRowRuns(dx, dy, above, row, below, map, width, high);
 }
 NOX_TIERS void thinRow(const Nox32f *dx, const Nox32f *dy, const Nox32f *above, const Nox32f *row, const Nox32f *below,
-                       Nox8u *map, int width) {
-    thinRowRuns(dx, dy, above, row, below, map, width);
+                       Nox8u *map, int width, Nox32f high) {
+    thinRowRuns(dx, dy, above, row, below, map, width, high);
 }
 
 /// The stack of (row, column) pairs.
@@ -133,25 +141,24 @@ struct Stack {
     }
 };
 
-/// Survivors of row y above the high threshold are edges and go on the stack. Survivors are few: the top bits of 16 map
-/// bytes at a time tell where they are.
-template <class M, class Entry>
-void pushStrong(const Nox8u *map, const M *magnitude, int width, int y, Nox32f high, Nox8u *dst, Stack<Entry> &stack) {
+/// Survivors of row y above the high threshold are edges and go on the stack. They are few: one bit of 16 map bytes at
+/// a time tells where they are.
+template <class Entry>
+void pushStrong(const Nox8u *map, int width, int y, Nox8u *dst, Stack<Entry> &stack) {
     const auto pushOne = [&](int x) {
-        if (static_cast<Nox32f>(magnitude[x]) > high) {
-            stack.push(y, x);
-            dst[x] = edge;
-        }
+        stack.push(y, x);
+        dst[x] = edge;
     };
     constexpr int group = 16;
     int x = 0;
     for (; x + group <= width; x += group) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(map + x));
-        for (unsigned bits = _mm_movemask_epi8(bytes); bits != 0; bits &= bits - 1)
+        const __m128i strongOnTop = _mm_slli_epi16(bytes, 1);
+        for (unsigned bits = _mm_movemask_epi8(strongOnTop); bits != 0; bits &= bits - 1)
             pushOne(x + std::countr_zero(bits));
     }
     for (; x < width; ++x)
-        if (map[x] != 0)
+        if ((map[x] & strong) != 0)
             pushOne(x);
 }
 
@@ -226,9 +233,10 @@ void detect(Rows<const T> dx, Rows<const T> dy, Nox8u *dst, int dstStep, NoxiSiz
             magnitudes(dx[y + 1], dy[y + 1], work.ringRow(y + 1), roi.width, low);
         else
             std::fill_n(work.ringRow(y + 1), roi.width, M(0));
-        thinRow(dx[y], dy[y], work.ringRow(y - 1), work.ringRow(y), work.ringRow(y + 1), work.mapRow(y), roi.width);
+        thinRow(dx[y], dy[y], work.ringRow(y - 1), work.ringRow(y), work.ringRow(y + 1), work.mapRow(y), roi.width,
+                high);
         std::memset(edges[y], 0, dstStep);
-        pushStrong(work.mapRow(y), work.ringRow(y), roi.width, y, high, edges[y], stack);
+        pushStrong(work.mapRow(y), roi.width, y, edges[y], stack);
     }
     hysteresis(work.map, bottom, static_cast<int>((stack.top - bottom) / 2), roi, dst, dstStep);
 }
