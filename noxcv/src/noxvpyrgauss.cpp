@@ -1,0 +1,450 @@
+// Down and up sampling by two with the 5 x 5 binomial kernel (P. Burt and E. Adelson, 1983).
+//
+// The kernel is separable, and 8-bit sums fit 16 bits whatever the order of the passes, so integers go the way that
+// keeps memory accesses in sequence. Floats are summed in the documented order.
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
+#include "borders.h"
+#include "checks.h"
+#include "noxcv/pyramid.h"
+#include "numerics.h"
+#include "rows.h"
+
+using namespace nox;
+
+namespace {
+
+constexpr int bufferAlignment = 32, rowAlignment = 16;
+constexpr int downRows = 6, upRows = 3;
+enum DataType { type8u = 1, type8s = 3, type32f = 13 };
+
+/// Bytes of `rows` row accumulators of `elements` 32-bit values, with room to align them; wraps like the caller's int.
+int accumulatorBytes(unsigned elements, unsigned rows) {
+    return static_cast<int>(roundUp<unsigned>(elements * 4U, rowAlignment) * rows + bufferAlignment);
+}
+
+NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, unsigned scale, unsigned rows) {
+    const NoxStatus status = firstFailure(
+        checkPointers(size), checkLength(width), require(channels == 1 || channels == 3, noxStsBadChannelCount),
+        require(dataType == type8u || dataType == type8s || dataType == type32f, noxStsBadDataType));
+    if (status == noxStsNoError)
+        *size = accumulatorBytes(static_cast<unsigned>(width) * scale * static_cast<unsigned>(channels), rows);
+    return status;
+}
+
+/// The sums of an element type: 255 * 256 and -128 * 256 fit 16 bits.
+template <class T>
+struct SumOf {
+    using Type = T;
+};
+template <>
+struct SumOf<Nox8u> {
+    using Type = Nox16u;
+};
+template <>
+struct SumOf<Nox8s> {
+    using Type = Nox16s;
+};
+template <class T>
+using Sum = typename SumOf<T>::Type;
+
+/// Half up by a power of two, in the sums' 16 bits.
+template <int Shift, class S>
+NOX_INLINE S roundedShift(S sum) {
+    return static_cast<S>(static_cast<S>(sum + (1 << (Shift - 1))) >> Shift);
+}
+
+/// Row accumulators that rotate: each source row is filtered once.
+template <class S>
+struct Ring {
+    S *base;
+    std::ptrdiff_t elements;
+    int rows;
+
+    Ring(Nox8u *buffer, std::ptrdiff_t rowElements, int rowCount)
+        : base(reinterpret_cast<S *>(alignUp(buffer, bufferAlignment))),
+          elements(roundUp<std::ptrdiff_t>(rowElements, rowAlignment / sizeof(S))), rows(rowCount) {}
+    S *operator[](int y) const { return base + (y % rows) * elements; }
+    S *end() const { return base + rows * elements; }
+};
+
+// ---- integers, down: five source rows are combined first, then the columns
+
+/// The five rows around source row y, reflected at the image's edges.
+template <class T>
+struct FiveRows {
+    const T *row[5];
+
+    FiveRows(Rows<const T> src, int y, int height) {
+        for (int k = 0; k < 5; ++k)
+            row[k] = src[borderIndex(y - 2 + k, height, noxBorderMirror)];
+    }
+};
+
+template <class T, int Channels>
+NOX_TIERS void combineRows(const FiveRows<T> &rows, Sum<T> *sums, int width) {
+    const T *a = rows.row[0], *b = rows.row[1], *c = rows.row[2], *d = rows.row[3], *e = rows.row[4];
+    const int count = width * Channels;
+    for (int i = 0; i < count; ++i)
+        sums[i] = static_cast<Sum<T>>(a[i] + e[i] + 4 * (b[i] + d[i]) + 6 * c[i]);
+}
+
+/// Two pixels on either side of a row of sums, reflected.
+template <int Channels, class S>
+void reflectColumns(S *sums, int width) {
+    for (const int x : {-2, -1, width, width + 1})
+        std::copy_n(sums + borderIndex(x, width, noxBorderMirror) * Channels, Channels, sums + x * Channels);
+}
+
+/// The row filter at every column, and every other pixel of it: sequential accesses pay for the columns thrown away.
+template <class T, int Channels>
+NOX_TIERS void filterAndDecimate(const Sum<T> *sums, Sum<T> *filtered, T *dst, int width) {
+    using S = Sum<T>;
+    const int count = width * Channels;
+    for (int i = 0; i < count; ++i) {
+        const S outer = static_cast<S>(sums[i - 2 * Channels] + sums[i + 2 * Channels]);
+        const S inner = static_cast<S>(sums[i - Channels] + sums[i + Channels]);
+        const S sum = static_cast<S>(outer + 4 * inner + 6 * sums[i]);
+        filtered[i] = roundedShift<8>(sum);
+    }
+    const int pixels = (width + 1) / 2;
+    for (int x = 0; x < pixels; ++x)
+        for (int c = 0; c < Channels; ++c)
+            dst[x * Channels + c] = static_cast<T>(filtered[2 * x * Channels + c]);
+}
+
+template <class T, int Channels>
+requires std::is_integral_v<T>
+void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
+    auto *const sums = reinterpret_cast<Sum<T> *>(alignUp(buffer, bufferAlignment)) + 2 * Channels;
+    auto *const filtered = sums + static_cast<std::ptrdiff_t>(roi.width + 2) * Channels;
+    for (int y = 0; y < (roi.height + 1) / 2; ++y) {
+        combineRows<T, Channels>(FiveRows<T>(src, 2 * y, roi.height), sums, roi.width);
+        reflectColumns<Channels>(sums, roi.width);
+        filterAndDecimate<T, Channels>(sums, filtered, dst[y], roi.width);
+    }
+}
+
+// ---- integers, up: the even and odd places of a filtered row are kept apart until they are stored
+
+/// A filtered row: `width * channels` sums at even places, then as many at odd places.
+template <class S>
+struct Places {
+    S *even, *odd;
+};
+
+template <class T, int Channels>
+NOX_TIERS void spreadRow(const T *src, Places<Sum<T>> row, int width) {
+    using S = Sum<T>;
+    const int last = (width - 1) * Channels;
+    for (int c = 0; c < Channels; ++c) {
+        if (width == 1) {
+            row.even[c] = row.odd[c] = static_cast<S>(8 * src[c]);
+            continue;
+        }
+        row.even[c] = static_cast<S>(2 * (3 * src[c] + src[c + Channels]));
+        row.odd[c] = static_cast<S>(4 * (src[c] + src[c + Channels]));
+        row.even[last + c] = static_cast<S>(src[last + c - Channels] + 7 * src[last + c]);
+        row.odd[last + c] = static_cast<S>(8 * src[last + c]);
+    }
+    for (int i = Channels; i < last; ++i) {
+        row.even[i] = static_cast<S>(src[i - Channels] + 6 * src[i] + src[i + Channels]);
+        row.odd[i] = static_cast<S>(4 * (src[i] + src[i + Channels]));
+    }
+}
+/// Three filtered rows around a source row; in an image of one row all are the same.
+template <class S>
+struct ThreeRows {
+    Places<S> above, here, below;
+    bool single;
+};
+
+/// Interleaves pixels of two planes: even and odd columns.
+template <class T, int Channels>
+NOX_INLINE void interleave(const T *even, const T *odd, T *dst, int width) {
+    if constexpr (Channels == 1) {
+        for (int x = 0; x < width; ++x) {
+            dst[2 * x] = even[x];
+            dst[2 * x + 1] = odd[x];
+        }
+    } else {
+        // Four bytes carry three; the next pixel overwrites the fourth.
+        for (int x = 0; x < width - 1; ++x) {
+            std::memcpy(dst + 6 * x, even + 3 * x, 4);
+            std::memcpy(dst + 6 * x + 3, odd + 3 * x, 4);
+        }
+        std::memcpy(dst + 6 * (width - 1), even + 3 * (width - 1), 3);
+        std::memcpy(dst + 6 * (width - 1) + 3, odd + 3 * (width - 1), 3);
+    }
+}
+
+/// One plane of the two destination rows of a source row.
+template <class T>
+NOX_INLINE void combinePlane(const Sum<T> *above, const Sum<T> *here, const Sum<T> *below, T *first, T *second,
+                             int count) {
+    using S = Sum<T>;
+    for (int i = 0; i < count; ++i) {
+        first[i] = static_cast<T>(roundedShift<6>(static_cast<S>(above[i] + 6 * here[i] + below[i])));
+        second[i] = static_cast<T>(roundedShift<6>(static_cast<S>(4 * (here[i] + below[i]))));
+    }
+}
+
+template <int Channels, class T>
+NOX_TIERS void storeUp(const ThreeRows<Sum<T>> &rows, T *scratch, T *first, T *second, int width) {
+    const int count = width * Channels;
+    T *const firstEven = scratch, *const secondEven = firstEven + count;
+    T *const firstOdd = secondEven + count, *const secondOdd = firstOdd + count;
+    combinePlane(rows.above.even, rows.here.even, rows.below.even, firstEven, secondEven, count);
+    combinePlane(rows.above.odd, rows.here.odd, rows.below.odd, firstOdd, secondOdd, count);
+    interleave<T, Channels>(firstEven, firstOdd, first, width);
+    interleave<T, Channels>(secondEven, secondOdd, second, width);
+}
+
+// ---- floats
+
+using Four [[gnu::vector_size(16), gnu::aligned(4), gnu::may_alias]] = Nox32f;
+
+NOX_INLINE Four load(const Nox32f *p) { return *reinterpret_cast<const Four *>(p); }
+NOX_INLINE void store(Nox32f *p, Four value) { *reinterpret_cast<Four *>(p) = value; }
+
+constexpr Nox32f downScale = 0.00390625F, upScale = 0.015625F;
+
+/// The row filter inside an image, from five samples; of one value or of a vector of channels.
+template <class Value>
+NOX_INLINE Value filterInside(Value a, Value b, Value c, Value d, Value e) {
+    return a + 4.0F * (b + d) + 6.0F * c + e;
+}
+
+/// The filter at position 2i of a line of n samples, in the forms that its ends have. `sample(k)` takes any position.
+template <class Sample>
+NOX_INLINE Nox32f filterAnywhere(const Sample &sample, int i, int n) {
+    const int x = 2 * i;
+    if (i == 0)
+        return 6.0F * sample(0) + 8.0F * sample(1) + 2.0F * sample(2);
+    if (x == n - 1)
+        return 6.0F * sample(x) + 8.0F * sample(x - 1) + 2.0F * sample(x - 2);
+    if (x == n - 2)
+        return sample(x - 2) + 4.0F * (sample(x - 1) + sample(x + 1)) + 7.0F * sample(x);
+    return filterInside(sample(x - 2), sample(x - 1), sample(x), sample(x + 1), sample(x + 2));
+}
+
+/// The filter along a line of `n` samples that lie `stride` bytes apart.
+NOX_INLINE Nox32f filterLine(const Nox32f *line, std::ptrdiff_t stride, int i, int n) {
+    const Rows<const Nox32f> samples{line, stride};
+    return filterAnywhere([&](int k) { return samples[borderIndex(k, n, noxBorderMirror)][0]; }, i, n);
+}
+
+template <int Channels>
+NOX_TIERS void filterRow(const Nox32f *src, Nox32f *row, int width) {
+    const int pixels = (width + 1) / 2;
+    constexpr std::ptrdiff_t pixelBytes = Channels * sizeof(Nox32f);
+    // Inner pixels read two pixels to the right, so one pixel more than they use is still inside the row.
+    const int inner = (width - 2 + 1) / 2;
+    if constexpr (Channels == 1) {
+        for (int x = 1; x < inner; ++x) {
+            const Nox32f *s = src + 2 * x;
+            row[x] = filterInside(s[-2], s[-1], s[0], s[1], s[2]);
+        }
+    } else {
+        // Four lanes carry three channels; the next pixel overwrites the fourth. The last inner pixel's loads would
+        // reach one value too far when it is the row's last but two.
+        int x = 1;
+        for (; x < inner - 1; ++x) {
+            const Nox32f *s = src + 6 * x;
+            store(row + 3 * x, filterInside(load(s - 6), load(s - 3), load(s), load(s + 3), load(s + 6)));
+        }
+        for (; x < inner; ++x)
+            for (int c = 0; c < 3; ++c) {
+                const Nox32f *s = src + 6 * x + c;
+                row[3 * x + c] = filterInside(s[-6], s[-3], s[0], s[3], s[6]);
+            }
+    }
+    for (int c = 0; c < Channels; ++c)
+        row[c] = filterLine(src + c, pixelBytes, 0, width);
+    for (int x = std::max(inner, 1); x < pixels; ++x)
+        for (int c = 0; c < Channels; ++c)
+            row[x * Channels + c] = filterLine(src + c, pixelBytes, x, width);
+}
+
+NOX_TIERS void combineDown(const Nox32f *const rows[5], Nox32f *dst, int count) {
+    const Nox32f *a = rows[0], *b = rows[1], *c = rows[2], *d = rows[3], *e = rows[4];
+    for (int i = 0; i < count; ++i)
+        dst[i] = (6.0F * c[i] + 4.0F * (b[i] + d[i]) + a[i] + e[i]) * downScale;
+}
+
+/// One or two rows: half the sum of the two filtered rows, the same row twice where there is one.
+template <int Channels>
+void ownPyrDownG5x5_H2_32f(Rows<const Nox32f> src, Nox32f *dst, NoxiSize roi) {
+    const Nox32f *first = src[0], *second = src[roi.height - 1];
+    constexpr std::ptrdiff_t pixelBytes = Channels * sizeof(Nox32f);
+    for (int x = 0; x < (roi.width + 1) / 2; ++x)
+        for (int c = 0; c < Channels; ++c)
+            dst[x * Channels + c] =
+                (filterLine(first + c, pixelBytes, x, roi.width) + filterLine(second + c, pixelBytes, x, roi.width)) *
+                8.0F * downScale;
+}
+
+/// One or two columns: the same with rows and columns exchanged.
+template <int Channels>
+void ownPyrDownG5x5_W2_32f(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi) {
+    for (int y = 0; y < (roi.height + 1) / 2; ++y)
+        for (int c = 0; c < Channels; ++c)
+            dst[y][c] = (filterLine(src[0] + c, src.step, y, roi.height) +
+                         filterLine(src[0] + (roi.width - 1) * Channels + c, src.step, y, roi.height)) *
+                        8.0F * downScale;
+}
+
+template <class T, int Channels>
+requires std::is_floating_point_v<T>
+void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
+    if (roi.height < 3)
+        return ownPyrDownG5x5_H2_32f<Channels>(src, dst[0], roi);
+    if (roi.width <= 2)
+        return ownPyrDownG5x5_W2_32f<Channels>(src, dst, roi);
+    const int count = (roi.width + 1) / 2 * Channels;
+    const Ring<Nox32f> ring(buffer, count, downRows);
+    int filtered = 0;
+    for (int y = 0; y < (roi.height + 1) / 2; ++y) {
+        for (; filtered < std::min(2 * y + 3, roi.height); ++filtered)
+            filterRow<Channels>(src[filtered], ring[filtered], roi.width);
+        const Nox32f *rows[5];
+        for (int k = 0; k < 5; ++k)
+            rows[k] = ring[borderIndex(2 * y - 2 + k, roi.height, noxBorderMirror)];
+        combineDown(rows, dst[y], count);
+    }
+}
+
+template <class Value>
+NOX_INLINE Value firstUp(Value above, Value here, Value below) {
+    return (above + 6.0F * here + below) * upScale;
+}
+template <class Value>
+NOX_INLINE Value secondUp(Value here, Value below) {
+    return 4.0F * (here + below) * upScale;
+}
+
+/// The two destination rows of a source row, of one plane; pixels of the plane go to every other pixel.
+template <int Channels>
+NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f *below, Nox32f *first, Nox32f *second,
+                           int begin, int end) {
+    for (int x = begin; x < end; ++x)
+        for (int c = 0; c < Channels; ++c) {
+            const int i = x * Channels + c, to = 2 * x * Channels + c;
+            first[to] = firstUp(above[i], here[i], below[i]);
+            second[to] = secondUp(here[i], below[i]);
+        }
+}
+
+template <int Channels>
+NOX_TIERS void storeUp(const ThreeRows<Nox32f> &rows, Nox32f * /*scratch*/, Nox32f *first, Nox32f *second, int width) {
+    const Places<Nox32f> above = rows.above, here = rows.here, below = rows.below;
+    if (rows.single) {
+        // One row: both destination rows are the filtered row itself.
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < Channels; ++c) {
+                Nox32f *to = first + 2 * x * Channels + c;
+                to[0] = 8.0F * here.even[x * Channels + c] * upScale;
+                to[Channels] = 8.0F * here.odd[x * Channels + c] * upScale;
+            }
+        std::memcpy(second, first, std::size_t(width) * 2 * Channels * sizeof(Nox32f));
+        return;
+    }
+    if constexpr (Channels == 1) {
+        for (int x = 0; x < width; ++x) {
+            first[2 * x] = firstUp(above.even[x], here.even[x], below.even[x]);
+            first[2 * x + 1] = firstUp(above.odd[x], here.odd[x], below.odd[x]);
+        }
+        for (int x = 0; x < width; ++x) {
+            second[2 * x] = secondUp(here.even[x], below.even[x]);
+            second[2 * x + 1] = secondUp(here.odd[x], below.odd[x]);
+        }
+    } else {
+        // Four lanes carry three channels; the next pixel overwrites the fourth.
+        for (int x = 0; x < width - 1; ++x) {
+            const int i = 3 * x, to = 6 * x;
+            const Four evenHere = load(here.even + i), evenBelow = load(below.even + i);
+            const Four oddHere = load(here.odd + i), oddBelow = load(below.odd + i);
+            store(first + to, firstUp(load(above.even + i), evenHere, evenBelow));
+            store(first + to + 3, firstUp(load(above.odd + i), oddHere, oddBelow));
+            store(second + to, secondUp(evenHere, evenBelow));
+            store(second + to + 3, secondUp(oddHere, oddBelow));
+        }
+        storePlane<3>(above.even, here.even, below.even, first, second, width - 1, width);
+        storePlane<3>(above.odd, here.odd, below.odd, first + 3, second + 3, width - 1, width);
+    }
+}
+
+// ---- up sampling of every type: filtered rows rotate through three accumulators
+
+template <class T, int Channels>
+void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
+    using S = Sum<T>;
+    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * Channels;
+    const Ring<S> ring(buffer, 2 * count, upRows);
+    const auto places = [&](int y) { return Places<S>{ring[y], ring[y] + count}; };
+    auto *const scratch = reinterpret_cast<T *>(ring.end());
+    int filtered = 0;
+    for (int y = 0; y < roi.height; ++y) {
+        for (; filtered < std::min(y + 2, roi.height); ++filtered)
+            spreadRow<T, Channels>(src[filtered], places(filtered), roi.width);
+        const int above = y == 0 ? std::min(1, roi.height - 1) : y - 1, below = std::min(y + 1, roi.height - 1);
+        storeUp<Channels>({places(above), places(y), places(below), roi.height == 1}, scratch, dst[2 * y],
+                          dst[2 * y + 1], roi.width);
+    }
+}
+
+// ---- entries
+
+template <class T>
+NoxStatus checkPyramid(const T *src, int srcStep, const T *dst, int dstStep, NoxiSize roi, const Nox8u *buffer,
+                       int channels, long long dstWidth) {
+    return firstFailure(checkPointers(src, dst, buffer), checkSize(roi),
+                        checkStep<T>(srcStep, static_cast<long long>(roi.width) * channels),
+                        checkStep<T>(dstStep, dstWidth * channels), checkEvenSteps<T>(srcStep, dstStep));
+}
+
+template <class T, int Channels>
+NoxStatus down(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {
+    const NoxStatus status =
+        checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, (static_cast<long long>(roi.width) + 1) / 2);
+    if (status == noxStsNoError)
+        pyrDown<T, Channels>({src, srcStep}, {dst, dstStep}, roi, buffer);
+    return status;
+}
+
+template <class T, int Channels>
+NoxStatus up(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {
+    const NoxStatus status = checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, 2LL * roi.width);
+    if (status == noxStsNoError)
+        pyrUp<T, Channels>({src, srcStep}, {dst, dstStep}, roi, buffer);
+    return status;
+}
+
+} // namespace
+
+#define NOX_PYR_GAUSS(TYPE, TAG, CHANNELS)                                                                             \
+    NoxStatus noxiPyrDown_Gauss5x5_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,        \
+                                                          NoxiSize roi, Nox8u *buffer) {                               \
+        return down<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, buffer);                                          \
+    }                                                                                                                  \
+    NoxStatus noxiPyrUp_Gauss5x5_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,          \
+                                                        NoxiSize roi, Nox8u *buffer) {                                 \
+        return up<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, buffer);                                            \
+    }
+NOX_PYR_GAUSS(Nox8u, 8u, 1)
+NOX_PYR_GAUSS(Nox8u, 8u, 3)
+NOX_PYR_GAUSS(Nox8s, 8s, 1)
+NOX_PYR_GAUSS(Nox8s, 8s, 3)
+NOX_PYR_GAUSS(Nox32f, 32f, 1)
+NOX_PYR_GAUSS(Nox32f, 32f, 3)
+
+NoxStatus noxiPyrDownGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize) {
+    return gaussBufferSize(width, dataType, channels, bufferSize, 1, downRows);
+}
+
+NoxStatus noxiPyrUpGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize) {
+    return gaussBufferSize(width, dataType, channels, bufferSize, 2, upRows);
+}
