@@ -3,7 +3,8 @@
 #include "reference/absdiff.h"
 #include "support/image.h"
 
-#if defined(__i386__)
+// The address sanitizer keeps its own books of an aligned stack, so its build leaves this test out.
+#if defined(__i386__) && !defined(__SANITIZE_ADDRESS__)
 #include "support/misaligned.h"
 
 namespace {

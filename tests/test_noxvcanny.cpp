@@ -36,9 +36,10 @@ void expectReference(const Image<T> &dx, const Image<T> &dy, float low, float hi
     const NoxiSize roi = dx.roi();
     Image<Nox8u> actual(roi.width, roi.height), expected(roi.width, roi.height);
     actual.fill(7);
-    const Buffer buffer(bufferSize(roi) + misalignment);
-    ASSERT_EQ(detect(dx, dy, actual, low, high, buffer.data() + misalignment), noxStsNoError);
+    const test::ShiftedBuffer buffer(bufferSize(roi), misalignment);
+    ASSERT_EQ(detect(dx, dy, actual, low, high, buffer.data()), noxStsNoError);
     reference::canny(dx.data(), dx.step(), dy.data(), dy.step(), expected.data(), expected.step(), roi, low, high);
+    ASSERT_TRUE(buffer.intact());
     ASSERT_TRUE(test::sameImage(actual, expected)) << low << " " << high;
 }
 

@@ -35,26 +35,23 @@ NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, unsi
     return status;
 }
 
-/// The sums of an element type: 255 * 256 and -128 * 256 fit 16 bits.
+/// Sums of 8-bit elements fit 16 bits, 255 * 256 at most. Signed elements are moved up by 128 on the way in and down
+/// on the way out: the weights add up to the divisor, so the rounding is the same.
 template <class T>
-struct SumOf {
-    using Type = T;
-};
-template <>
-struct SumOf<Nox8u> {
-    using Type = Nox16u;
-};
-template <>
-struct SumOf<Nox8s> {
-    using Type = Nox16s;
-};
+using Sum = std::conditional_t<std::is_integral_v<T>, Nox16u, T>;
 template <class T>
-using Sum = typename SumOf<T>::Type;
+constexpr unsigned bias = std::is_signed_v<T> ? 0x80 : 0;
+
+template <class T>
+NOX_INLINE unsigned biased(T value) {
+    return static_cast<Nox8u>(value) ^ bias<T>;
+}
+NOX_INLINE Nox32f biased(Nox32f value) { return value; }
 
 /// Half up by a power of two, in the sums' 16 bits.
-template <int Shift, class S>
-NOX_INLINE S roundedShift(S sum) {
-    return static_cast<S>(static_cast<S>(sum + (1 << (Shift - 1))) >> Shift);
+template <int Shift>
+NOX_INLINE Nox16u roundedShift(unsigned sum) {
+    return static_cast<Nox16u>(static_cast<Nox16u>(sum + (1U << (Shift - 1))) >> Shift);
 }
 
 /// Row accumulators that rotate: each source row is filtered once.
@@ -85,46 +82,59 @@ struct FiveRows {
 };
 
 template <class T, int Channels>
-NOX_TIERS void combineRows(const FiveRows<T> &rows, Sum<T> *sums, int width) {
+NOX_TIERS void combineRows(const FiveRows<T> &rows, Nox16u *sums, int width) {
     const T *a = rows.row[0], *b = rows.row[1], *c = rows.row[2], *d = rows.row[3], *e = rows.row[4];
     const int count = width * Channels;
     for (int i = 0; i < count; ++i)
-        sums[i] = static_cast<Sum<T>>(a[i] + e[i] + 4 * (b[i] + d[i]) + 6 * c[i]);
+        sums[i] =
+            static_cast<Nox16u>(biased(a[i]) + biased(e[i]) + 4 * (biased(b[i]) + biased(d[i])) + 6 * biased(c[i]));
 }
 
 /// Two pixels on either side of a row of sums, reflected.
-template <int Channels, class S>
-void reflectColumns(S *sums, int width) {
+template <int Channels>
+void reflectColumns(Nox16u *sums, int width) {
     for (const int x : {-2, -1, width, width + 1})
         std::copy_n(sums + borderIndex(x, width, noxBorderMirror) * Channels, Channels, sums + x * Channels);
 }
 
-/// The row filter at every column, and every other pixel of it: sequential accesses pay for the columns thrown away.
-template <class T, int Channels>
-NOX_TIERS void filterAndDecimate(const Sum<T> *sums, Sum<T> *filtered, T *dst, int width) {
-    using S = Sum<T>;
-    const int count = width * Channels;
-    for (int i = 0; i < count; ++i) {
-        const S outer = static_cast<S>(sums[i - 2 * Channels] + sums[i + 2 * Channels]);
-        const S inner = static_cast<S>(sums[i - Channels] + sums[i + Channels]);
-        const S sum = static_cast<S>(outer + 4 * inner + 6 * sums[i]);
+/// The row filter at every other pixel of three channels, by way of the filter at every pixel: sequential accesses pay
+/// for the pixels thrown away.
+template <class T>
+NOX_TIERS void decimate3(const Nox16u *sums, Nox16u *filtered, T *dst, int width) {
+    for (int i = 0; i < width * 3; ++i) {
+        const unsigned sum = sums[i - 6] + sums[i + 6] + 4U * (sums[i - 3] + sums[i + 3]) + 6U * sums[i];
         filtered[i] = roundedShift<8>(sum);
     }
-    const int pixels = (width + 1) / 2;
-    for (int x = 0; x < pixels; ++x)
-        for (int c = 0; c < Channels; ++c)
-            dst[x * Channels + c] = static_cast<T>(filtered[2 * x * Channels + c]);
+    for (int x = 0; x < (width + 1) / 2; ++x)
+        for (int c = 0; c < 3; ++c)
+            dst[x * 3 + c] = static_cast<T>(filtered[6 * x + c] ^ bias<T>);
+}
+
+using Pair [[gnu::aligned(2), gnu::may_alias]] = Nox32u;
+
+/// The same for one channel. Two neighbouring sums are handled as one 32-bit pair, the even one in the low half: no
+/// half overflows, so no shuffles are needed.
+template <class T>
+NOX_TIERS void decimate1(const Nox16u *sums, T *dst, int width) {
+    const auto *pairs = reinterpret_cast<const Pair *>(sums);
+    for (int x = 0; x < (width + 1) / 2; ++x) {
+        const Nox32u before = pairs[x - 1], here = pairs[x], after = pairs[x + 1];
+        const Nox32u even = (before + after + 6U * here) & 0xffffU, odd = (before + here) >> 16;
+        dst[x] = static_cast<T>(((even + 4U * odd + 128U) >> 8) ^ bias<T>);
+    }
 }
 
 template <class T, int Channels>
 requires std::is_integral_v<T>
 void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
-    auto *const sums = reinterpret_cast<Sum<T> *>(alignUp(buffer, bufferAlignment)) + 2 * Channels;
-    auto *const filtered = sums + static_cast<std::ptrdiff_t>(roi.width + 2) * Channels;
+    auto *const sums = reinterpret_cast<Nox16u *>(alignUp(buffer, bufferAlignment)) + 2 * Channels;
     for (int y = 0; y < (roi.height + 1) / 2; ++y) {
         combineRows<T, Channels>(FiveRows<T>(src, 2 * y, roi.height), sums, roi.width);
         reflectColumns<Channels>(sums, roi.width);
-        filterAndDecimate<T, Channels>(sums, filtered, dst[y], roi.width);
+        if constexpr (Channels == 1)
+            decimate1(sums, dst[y], roi.width);
+        else
+            decimate3(sums, sums + (roi.width + 2) * 3, dst[y], roi.width);
     }
 }
 
@@ -141,20 +151,22 @@ NOX_TIERS void spreadRow(const T *src, Places<Sum<T>> row, int width) {
     using S = Sum<T>;
     const int last = (width - 1) * Channels;
     for (int c = 0; c < Channels; ++c) {
+        const auto s = [ src, c ](int x) __attribute__((always_inline)) { return biased(src[x * Channels + c]); };
         if (width == 1) {
-            row.even[c] = row.odd[c] = static_cast<S>(8 * src[c]);
+            row.even[c] = row.odd[c] = static_cast<S>(8 * s(0));
             continue;
         }
-        row.even[c] = static_cast<S>(2 * (3 * src[c] + src[c + Channels]));
-        row.odd[c] = static_cast<S>(4 * (src[c] + src[c + Channels]));
-        row.even[last + c] = static_cast<S>(src[last + c - Channels] + 7 * src[last + c]);
-        row.odd[last + c] = static_cast<S>(8 * src[last + c]);
+        row.even[c] = static_cast<S>(2 * (3 * s(0) + s(1)));
+        row.odd[c] = static_cast<S>(4 * (s(0) + s(1)));
+        row.even[last + c] = static_cast<S>(s(width - 2) + 7 * s(width - 1));
+        row.odd[last + c] = static_cast<S>(8 * s(width - 1));
     }
     for (int i = Channels; i < last; ++i) {
-        row.even[i] = static_cast<S>(src[i - Channels] + 6 * src[i] + src[i + Channels]);
-        row.odd[i] = static_cast<S>(4 * (src[i] + src[i + Channels]));
+        row.even[i] = static_cast<S>(biased(src[i - Channels]) + 6 * biased(src[i]) + biased(src[i + Channels]));
+        row.odd[i] = static_cast<S>(4 * (biased(src[i]) + biased(src[i + Channels])));
     }
 }
+
 /// Three filtered rows around a source row; in an image of one row all are the same.
 template <class S>
 struct ThreeRows {
@@ -162,45 +174,70 @@ struct ThreeRows {
     bool single;
 };
 
-/// Interleaves pixels of two planes: even and odd columns.
-template <class T, int Channels>
-NOX_INLINE void interleave(const T *even, const T *odd, T *dst, int width) {
-    if constexpr (Channels == 1) {
-        for (int x = 0; x < width; ++x) {
-            dst[2 * x] = even[x];
-            dst[2 * x + 1] = odd[x];
-        }
-    } else {
-        // Four bytes carry three; the next pixel overwrites the fourth.
-        for (int x = 0; x < width - 1; ++x) {
-            std::memcpy(dst + 6 * x, even + 3 * x, 4);
-            std::memcpy(dst + 6 * x + 3, odd + 3 * x, 4);
-        }
-        std::memcpy(dst + 6 * (width - 1), even + 3 * (width - 1), 3);
-        std::memcpy(dst + 6 * (width - 1) + 3, odd + 3 * (width - 1), 3);
-    }
+NOX_INLINE Nox16u firstUp(Nox16u above, Nox16u here, Nox16u below) {
+    return roundedShift<6>(above + 6U * here + below);
 }
+NOX_INLINE Nox16u secondUp(Nox16u here, Nox16u below) { return roundedShift<6>(4U * (here + below)); }
 
-/// One plane of the two destination rows of a source row.
+using BytePair [[gnu::aligned(1), gnu::may_alias]] = Nox16u;
+
+/// The two destination rows of a source row. Of one channel, the pixels of an even and an odd place are stored as one
+/// 16-bit value.
 template <class T>
-NOX_INLINE void combinePlane(const Sum<T> *above, const Sum<T> *here, const Sum<T> *below, T *first, T *second,
-                             int count) {
-    using S = Sum<T>;
-    for (int i = 0; i < count; ++i) {
-        first[i] = static_cast<T>(roundedShift<6>(static_cast<S>(above[i] + 6 * here[i] + below[i])));
-        second[i] = static_cast<T>(roundedShift<6>(static_cast<S>(4 * (here[i] + below[i]))));
+NOX_TIERS void storeUp1(const ThreeRows<Nox16u> &rows, T *first, T *second, int width) {
+    const Places<Nox16u> above = rows.above, here = rows.here, below = rows.below;
+    auto *const firstPairs = reinterpret_cast<BytePair *>(first), *const secondPairs =
+                                                                      reinterpret_cast<BytePair *>(second);
+    constexpr unsigned bothBiases = bias<T> | bias<T> << 8;
+    for (int x = 0; x < width; ++x) {
+        const unsigned even = firstUp(above.even[x], here.even[x], below.even[x]);
+        const unsigned odd = firstUp(above.odd[x], here.odd[x], below.odd[x]);
+        firstPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases);
+    }
+    for (int x = 0; x < width; ++x) {
+        const unsigned even = secondUp(here.even[x], below.even[x]);
+        const unsigned odd = secondUp(here.odd[x], below.odd[x]);
+        secondPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases);
     }
 }
 
-template <int Channels, class T>
-NOX_TIERS void storeUp(const ThreeRows<Sum<T>> &rows, T *scratch, T *first, T *second, int width) {
-    const int count = width * Channels;
+/// Interleaves three-channel pixels of two planes. Four bytes carry three; the next pixel overwrites the fourth.
+template <class T>
+NOX_INLINE void interleave3(const T *even, const T *odd, T *dst, int width) {
+    for (int x = 0; x < width - 1; ++x) {
+        std::memcpy(dst + 6 * x, even + 3 * x, 4);
+        std::memcpy(dst + 6 * x + 3, odd + 3 * x, 4);
+    }
+    std::memcpy(dst + 6 * (width - 1), even + 3 * (width - 1), 3);
+    std::memcpy(dst + 6 * (width - 1) + 3, odd + 3 * (width - 1), 3);
+}
+
+template <class T>
+NOX_INLINE void combinePlane(const Nox16u *above, const Nox16u *here, const Nox16u *below, T *first, T *second,
+                             int count) {
+    for (int i = 0; i < count; ++i) {
+        first[i] = static_cast<T>(firstUp(above[i], here[i], below[i]) ^ bias<T>);
+        second[i] = static_cast<T>(secondUp(here[i], below[i]) ^ bias<T>);
+    }
+}
+
+template <class T>
+NOX_TIERS void storeUp3(const ThreeRows<Nox16u> &rows, T *scratch, T *first, T *second, int width) {
+    const int count = width * 3;
     T *const firstEven = scratch, *const secondEven = firstEven + count;
     T *const firstOdd = secondEven + count, *const secondOdd = firstOdd + count;
     combinePlane(rows.above.even, rows.here.even, rows.below.even, firstEven, secondEven, count);
     combinePlane(rows.above.odd, rows.here.odd, rows.below.odd, firstOdd, secondOdd, count);
-    interleave<T, Channels>(firstEven, firstOdd, first, width);
-    interleave<T, Channels>(secondEven, secondOdd, second, width);
+    interleave3(firstEven, firstOdd, first, width);
+    interleave3(secondEven, secondOdd, second, width);
+}
+
+template <int Channels, class T>
+void storeUp(const ThreeRows<Nox16u> &rows, T *scratch, T *first, T *second, int width) {
+    if constexpr (Channels == 1)
+        storeUp1(rows, first, second, width);
+    else
+        storeUp3(rows, scratch, first, second, width);
 }
 
 // ---- floats
@@ -237,36 +274,55 @@ NOX_INLINE Nox32f filterLine(const Nox32f *line, std::ptrdiff_t stride, int i, i
     return filterAnywhere([&](int k) { return samples[borderIndex(k, n, noxBorderMirror)][0]; }, i, n);
 }
 
-template <int Channels>
-NOX_TIERS void filterRow(const Nox32f *src, Nox32f *row, int width) {
-    const int pixels = (width + 1) / 2;
-    constexpr std::ptrdiff_t pixelBytes = Channels * sizeof(Nox32f);
-    // Inner pixels read two pixels to the right, so one pixel more than they use is still inside the row.
-    const int inner = (width - 2 + 1) / 2;
-    if constexpr (Channels == 1) {
-        for (int x = 1; x < inner; ++x) {
-            const Nox32f *s = src + 2 * x;
-            row[x] = filterInside(s[-2], s[-1], s[0], s[1], s[2]);
-        }
-    } else {
-        // Four lanes carry three channels; the next pixel overwrites the fourth. The last inner pixel's loads would
-        // reach one value too far when it is the row's last but two.
-        int x = 1;
-        for (; x < inner - 1; ++x) {
-            const Nox32f *s = src + 6 * x;
-            store(row + 3 * x, filterInside(load(s - 6), load(s - 3), load(s), load(s + 3), load(s + 6)));
-        }
-        for (; x < inner; ++x)
-            for (int c = 0; c < 3; ++c) {
-                const Nox32f *s = src + 6 * x + c;
-                row[3 * x + c] = filterInside(s[-6], s[-3], s[0], s[3], s[6]);
-            }
+/// Output pixels of a row that need no reflection: 1 to this.
+NOX_INLINE int innerEnd(int width) { return (width - 1) / 2; }
+
+/// Inner pixels of one channel. The samples are first parted into even and odd ones (`parted` has room for a row), so
+/// that the filter reads in sequence.
+NOX_TIERS void filterInner1(const Nox32f *src, Nox32f *row, Nox32f *parted, int width) {
+    const int half = width / 2, end = innerEnd(width);
+    if (end <= 1)
+        return; // narrow images leave no room for the parted row, and have no inner pixels
+    Nox32f *const even = parted, *const odd = parted + half + 1;
+    for (int x = 0; x < half; ++x) {
+        even[x] = src[2 * x];
+        odd[x] = src[2 * x + 1];
     }
-    for (int c = 0; c < Channels; ++c)
-        row[c] = filterLine(src + c, pixelBytes, 0, width);
-    for (int x = std::max(inner, 1); x < pixels; ++x)
+    if (width % 2 != 0)
+        even[half] = src[width - 1];
+    for (int x = 1; x < end; ++x)
+        row[x] = filterInside(even[x - 1], odd[x - 1], even[x], odd[x], even[x + 1]);
+}
+
+/// Inner pixels of three channels. Four lanes carry three channels; the next pixel overwrites the fourth. The last
+/// inner pixel goes by single values: its loads could reach one value behind the row.
+NOX_TIERS void filterInner3(const Nox32f *src, Nox32f *row, int width) {
+    const int end = innerEnd(width);
+    for (int x = 1; x < end - 1; ++x) {
+        const Nox32f *s = src + 6 * x;
+        store(row + 3 * x, filterInside(load(s - 6), load(s - 3), load(s), load(s + 3), load(s + 6)));
+    }
+    for (int x = std::max(end - 1, 1); x < end; ++x)
+        for (int c = 0; c < 3; ++c) {
+            const Nox32f *s = src + 6 * x + c;
+            row[3 * x + c] = filterInside(s[-6], s[-3], s[0], s[3], s[6]);
+        }
+}
+
+template <int Channels>
+void filterRow(const Nox32f *src, Nox32f *row, Nox32f *parted, int width) {
+    constexpr std::ptrdiff_t pixelBytes = Channels * sizeof(Nox32f);
+    if constexpr (Channels == 1)
+        filterInner1(src, row, parted, width);
+    else
+        filterInner3(src, row, width);
+    const auto endPixel = [&](int x) {
         for (int c = 0; c < Channels; ++c)
             row[x * Channels + c] = filterLine(src + c, pixelBytes, x, width);
+    };
+    endPixel(0);
+    for (int x = std::max(innerEnd(width), 1); x < (width + 1) / 2; ++x)
+        endPixel(x);
 }
 
 NOX_TIERS void combineDown(const Nox32f *const rows[5], Nox32f *dst, int count) {
@@ -309,7 +365,7 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     int filtered = 0;
     for (int y = 0; y < (roi.height + 1) / 2; ++y) {
         for (; filtered < std::min(2 * y + 3, roi.height); ++filtered)
-            filterRow<Channels>(src[filtered], ring[filtered], roi.width);
+            filterRow<Channels>(src[filtered], ring[filtered], ring.end(), roi.width);
         const Nox32f *rows[5];
         for (int k = 0; k < 5; ++k)
             rows[k] = ring[borderIndex(2 * y - 2 + k, roi.height, noxBorderMirror)];

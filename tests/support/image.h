@@ -51,6 +51,27 @@ private:
 /// A work buffer of exactly `size` bytes that ends at a guard page.
 using Buffer = GuardedBytes;
 
+/// A work buffer of `size` bytes at any alignment: `shift` bytes lie between its end and the guard page, and hold a
+/// pattern that must survive.
+class ShiftedBuffer {
+public:
+    ShiftedBuffer(int size, int shift) : bytes_(std::size_t(size) + shift), size_(size) {
+        std::memset(bytes_.data(), pattern, bytes_.size());
+    }
+    unsigned char *data() const { return bytes_.data(); }
+    bool intact() const {
+        for (std::size_t i = size_; i < bytes_.size(); ++i)
+            if (bytes_.data()[i] != pattern)
+                return false;
+        return true;
+    }
+
+private:
+    static constexpr unsigned char pattern = 0x5A;
+    GuardedBytes bytes_;
+    std::size_t size_;
+};
+
 /// An image whose last pixel ends at a guard page. The bytes between rows hold a pattern that must survive.
 template <class T>
 class Image {
