@@ -57,6 +57,24 @@ NOX_API void noxsFree(void *block);
 /** @} */
 
 /**
+ * @name Copy, set and zero of vectors
+ * dst[i] = src[i], value or 0 for `length` elements. The ranges of a copy may not overlap. Bit patterns are kept, also
+ * those of floats. Elements need no alignment.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize (length below 1), in this order.
+ * @{
+ */
+NOX_API NoxStatus noxsCopy_8u(const Nox8u *src, Nox8u *dst, int length);
+NOX_API NoxStatus noxsCopy_32f(const Nox32f *src, Nox32f *dst, int length);
+NOX_API NoxStatus noxsSet_8u(Nox8u value, Nox8u *dst, int length);
+NOX_API NoxStatus noxsSet_32f(Nox32f value, Nox32f *dst, int length);
+NOX_API NoxStatus noxsZero_8u(Nox8u *dst, int length);
+NOX_API NoxStatus noxsZero_16s(Nox16s *dst, int length);
+NOX_API NoxStatus noxsZero_32s(Nox32s *dst, int length);
+NOX_API NoxStatus noxsZero_32f(Nox32f *dst, int length);
+/** @} */
+
+/**
  * @name Absolute difference of two images
  * dst = |src1 - src2|, exact for integers; for Nox32f one single-precision subtraction with the sign bit cleared
  * (a not-a-number stays one, with a cleared sign). One channel; dst may be one of the sources.
@@ -86,6 +104,90 @@ NOX_API NoxStatus noxiAbsDiffC_16u_C1R(const Nox16u *src, int srcStep, Nox16u *d
                                        int value);
 NOX_API NoxStatus noxiAbsDiffC_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                        Nox32f value);
+/** @} */
+
+/**
+ * @name Copy of an image region
+ * dst = src, row by row from the first row on. Steps are not tested and are taken as given: zero, negative or smaller
+ * than a row, in which case rows overlap. One, three or four interleaved channels. Bit patterns are kept.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize, in this order.
+ * @{
+ */
+NOX_API NoxStatus noxiCopy_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi);
+NOX_API NoxStatus noxiCopy_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi);
+NOX_API NoxStatus noxiCopy_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi);
+NOX_API NoxStatus noxiCopy_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi);
+NOX_API NoxStatus noxiCopy_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi);
+NOX_API NoxStatus noxiCopy_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi);
+/** @} */
+
+/**
+ * Sets all pixels of a one-channel region to value. The step is not tested and is taken as given, as in the copies.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize, in this order.
+ */
+NOX_API NoxStatus noxiSet_8u_C1R(Nox8u value, Nox8u *dst, int dstStep, NoxiSize roi);
+
+/**
+ * Copies a region into a larger one and sets the rest to value.
+ *
+ * The first pixel of src lands in row topBorderHeight, column leftBorderWidth of dst; the borders below and to the
+ * right are what dstRoi leaves. One channel; src and dst may not overlap.
+ *
+ * Status: noxStsNullPointer; noxStsBadStep when a step is below 1 (steps are not compared with the width);
+ * noxStsBadSize when a width or height is below 1, when topBorderHeight or leftBorderWidth is negative, or when the
+ * source does not fit at its place; in this order.
+ */
+NOX_API NoxStatus noxiCopyConstBorder_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
+                                             NoxiSize dstRoi, int topBorderHeight, int leftBorderWidth, Nox8u value);
+
+/**
+ * @name Copy with replicated border
+ * Copies a region into a larger one; each pixel of the border is the nearest pixel of the source. Placement, checks
+ * and statuses are those of noxiCopyConstBorder_8u_C1R. One, three or four interleaved channels. The 32s forms move
+ * bit patterns, so they serve Nox32f images too; their steps may be any positive numbers of bytes.
+ * @{
+ */
+NOX_API NoxStatus noxiCopyReplicateBorder_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst,
+                                                 int dstStep, NoxiSize dstRoi, int topBorderHeight,
+                                                 int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_8u_C3R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst,
+                                                 int dstStep, NoxiSize dstRoi, int topBorderHeight,
+                                                 int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_8u_C4R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst,
+                                                 int dstStep, NoxiSize dstRoi, int topBorderHeight,
+                                                 int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_32s_C1R(const Nox32s *src, int srcStep, NoxiSize srcRoi, Nox32s *dst,
+                                                  int dstStep, NoxiSize dstRoi, int topBorderHeight,
+                                                  int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_32s_C3R(const Nox32s *src, int srcStep, NoxiSize srcRoi, Nox32s *dst,
+                                                  int dstStep, NoxiSize dstRoi, int topBorderHeight,
+                                                  int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_32s_C4R(const Nox32s *src, int srcStep, NoxiSize srcRoi, Nox32s *dst,
+                                                  int dstStep, NoxiSize dstRoi, int topBorderHeight,
+                                                  int leftBorderWidth);
+/** @} */
+
+/**
+ * @name Replicated border around a region in place
+ * As the copies above for a source that already stands at its place: srcDst is the first pixel of the source region
+ * inside a larger image of the caller's, and the border is written around it, at negative offsets above and to the
+ * left. Statuses as above.
+ * @{
+ */
+NOX_API NoxStatus noxiCopyReplicateBorder_8u_C1IR(Nox8u *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
+                                                  int topBorderHeight, int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_8u_C3IR(Nox8u *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
+                                                  int topBorderHeight, int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_8u_C4IR(Nox8u *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
+                                                  int topBorderHeight, int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_32s_C1IR(Nox32s *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
+                                                   int topBorderHeight, int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_32s_C3IR(Nox32s *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
+                                                   int topBorderHeight, int leftBorderWidth);
+NOX_API NoxStatus noxiCopyReplicateBorder_32s_C4IR(Nox32s *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
+                                                   int topBorderHeight, int leftBorderWidth);
 /** @} */
 
 NOX_END_DECLS

@@ -1,0 +1,58 @@
+// Copy and fill of image regions. Steps are taken as given: zero, negative, or smaller than a row.
+#include <cstring>
+
+#include "checks.h"
+#include "noxcv/frame.h"
+#include "ownprimitives.h"
+#include "rows.h"
+
+using namespace nox;
+
+namespace {
+
+void copyRows(Rows<const Nox8u> src, Rows<Nox8u> dst, std::size_t rowBytes, int height) {
+    if (isOneRun(static_cast<long long>(rowBytes), src.step, dst.step)) {
+        std::memmove(dst.base, src.base, rowBytes * height);
+        return;
+    }
+    for (int y = 0; y < height; ++y)
+        std::memmove(dst[y], src[y], rowBytes);
+}
+
+template <class T>
+NoxStatus copyImage(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int channels) {
+    const NoxStatus status = firstFailure(checkPointers(src, dst), checkSize(roi));
+    if (status == noxStsNoError)
+        copyRows({reinterpret_cast<const Nox8u *>(src), srcStep}, {reinterpret_cast<Nox8u *>(dst), dstStep},
+                 sizeof(T) * channels * roi.width, roi.height);
+    return status;
+}
+
+void setRows(Nox8u value, Rows<Nox8u> dst, std::size_t rowBytes, int height) {
+    if (isOneRun(static_cast<long long>(rowBytes), dst.step)) {
+        std::memset(dst.base, value, rowBytes * height);
+        return;
+    }
+    for (int y = 0; y < height; ++y)
+        std::memset(dst[y], value, rowBytes);
+}
+
+} // namespace
+
+#define NOX_COPY(TYPE, TAG, CHANNELS)                                                                                  \
+    NoxStatus noxiCopy_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi) {    \
+        return copyImage(src, srcStep, dst, dstStep, roi, CHANNELS);                                                   \
+    }
+NOX_COPY(Nox8u, 8u, 1)
+NOX_COPY(Nox8u, 8u, 3)
+NOX_COPY(Nox8u, 8u, 4)
+NOX_COPY(Nox32f, 32f, 1)
+NOX_COPY(Nox32f, 32f, 3)
+NOX_COPY(Nox32f, 32f, 4)
+
+NoxStatus noxiSet_8u_C1R(Nox8u value, Nox8u *dst, int dstStep, NoxiSize roi) {
+    const NoxStatus status = firstFailure(checkPointers(dst), checkSize(roi));
+    if (status == noxStsNoError)
+        setRows(value, {dst, dstStep}, roi.width, roi.height);
+    return status;
+}
