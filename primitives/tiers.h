@@ -25,5 +25,8 @@ static_assert(LDBL_MANT_DIG == 64, "long double must be the 80-bit extended form
 /// A helper that must become part of its caller, so that it is compiled for the caller's tier.
 #define NOX_INLINE [[gnu::always_inline]] inline
 
+/// The same for a lambda; stands behind its parameters.
+#define NOX_INLINE_LAMBDA __attribute__((always_inline))
+
 /// An internal function that keeps a global symbol (extern "C" is written at its place).
 #define NOX_GLOBAL __attribute__((visibility("default")))
