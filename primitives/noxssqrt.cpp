@@ -1,5 +1,4 @@
 // Square roots of vectors.
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -45,7 +44,7 @@ NOX_INLINE bool rootsOfSingles(Nox32f *srcDst, int count) {
     bool negative = false;
     for (int i = 0; i < count; ++i) {
         negative |= srcDst[i] < 0.0F;
-        srcDst[i] = std::sqrt(srcDst[i]);
+        srcDst[i] = __builtin_sqrtf(srcDst[i]);
     }
     return negative;
 }
@@ -87,12 +86,13 @@ constexpr int largest = 32767;
 
 /// The root of x in single precision, truncated. It may be one too large just below a square, where the nearest
 /// integer is that larger one.
-NOX_INLINE int truncatedRoot(Nox32f x) { return static_cast<int>(std::sqrt(x)); }
+NOX_INLINE int truncatedRoot(Nox32f x) { return static_cast<int>(__builtin_sqrtf(x)); }
 
 /// t or t + 1. A root of an integer is never halfway between integers.
 NOX_INLINE int nearestRoot(int x) {
-    const int t = std::min(truncatedRoot(static_cast<Nox32f>(x)), largest);
-    return std::min(t + (x > t * t + t ? 1 : 0), largest);
+    const int root = truncatedRoot(static_cast<Nox32f>(x)), t = root < largest ? root : largest;
+    const int nearest = t + (x > t * t + t ? 1 : 0);
+    return nearest < largest ? nearest : largest;
 }
 
 /// The nearest integer to sqrt(x) / 2^scale, ties to even, for scale from 1 to 16. It compares x with the square of
@@ -109,8 +109,9 @@ template <class Root>
 NOX_INLINE bool rootsOfIntegers(const Nox32s *src, Nox16s *dst, int length, const Root &root) {
     Nox32s signs = 0;
     for (int i = 0; i < length; ++i) {
-        signs |= src[i];
-        dst[i] = static_cast<Nox16s>(root(std::max(src[i], 0)));
+        const Nox32s x = src[i];
+        signs |= x;
+        dst[i] = static_cast<Nox16s>(root(x > 0 ? x : 0));
     }
     return signs < 0;
 }
@@ -124,8 +125,10 @@ NOX_TIERS bool ownnoxsSqrt_32s16s(const Nox32s *src, Nox16s *dst, int length, in
     }
     // Beyond `limit` the root exceeds the largest result; 0x3fff0000 stands for all of these.
     const int shift = -2 * scaleFactor, limit = 0x7fffffff >> shift;
-    return rootsOfIntegers(src, dst, length,
-                           [=](int x) NOX_INLINE_LAMBDA { return nearestRoot(x > limit ? 0x3fff0000 : x << shift); });
+    return rootsOfIntegers(src, dst, length, [=](int x) NOX_INLINE_LAMBDA {
+        const auto shifted = static_cast<int>(static_cast<unsigned>(x) << shift);
+        return nearestRoot(x > limit ? 0x3fff0000 : shifted);
+    });
 }
 
 /// Scales so small that any positive element gives the largest result.
