@@ -16,7 +16,7 @@ using bench::Work;
 
 int lengthOf(NoxiSize size) { return size.width * size.height; }
 
-/// A member of vectors: make(length, images) gives its Work.
+/// A member without a parallel form.
 template <class Make>
 void add(const std::string &name, double read, double written, const Make &make) {
     bench::add({name, read, written, false, make});
@@ -212,27 +212,31 @@ Nox8u plainSubtract(Nox8u a, Nox8u b, int scale) {
 }
 
 template <class FromTwo, class InPlace>
+void addScaledSub8u(const std::string &name, int channels, int scale, FromTwo fromTwo, InPlace inPlace) {
+    const std::string tail = scale == 0 ? "" : " scale " + std::to_string(scale);
+    add(name + "RSfs" + tail, 2.0 * channels, channels, [=](NoxiSize size) -> Work {
+        const auto a = bench::picture<Nox8u>(size, channels, 1), b = bench::picture<Nox8u>(size, channels, 2);
+        const Image<Nox8u> d(size, channels);
+        return {[=] { fromTwo(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size, scale); },
+                [=] {
+                    for (std::size_t i = 0; i < d.count(); ++i)
+                        d.data()[i] = plainSubtract(a.data()[i], b.data()[i], scale);
+                }};
+    });
+    add(name + "IRSfs" + tail, 2.0 * channels, channels, [=](NoxiSize size) -> Work {
+        const auto a = bench::picture<Nox8u>(size, channels, 1), d = bench::picture<Nox8u>(size, channels, 2);
+        return {[=] { inPlace(a.data(), a.step(), d.data(), d.step(), size, scale); },
+                [=] {
+                    for (std::size_t i = 0; i < d.count(); ++i)
+                        d.data()[i] = plainSubtract(a.data()[i], d.data()[i], scale);
+                }};
+    });
+}
+
+template <class FromTwo, class InPlace>
 void addSub8u(const std::string &name, int channels, FromTwo fromTwo, InPlace inPlace) {
-    for (const int scale : {0, 1, 3, -2, -8}) {
-        const std::string tail = scale == 0 ? "" : " scale " + std::to_string(scale);
-        add(name + "RSfs" + tail, 2.0 * channels, channels, [=](NoxiSize size) -> Work {
-            const auto a = bench::picture<Nox8u>(size, channels, 1), b = bench::picture<Nox8u>(size, channels, 2);
-            const Image<Nox8u> d(size, channels);
-            return {[=] { fromTwo(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size, scale); },
-                    [=] {
-                        for (std::size_t i = 0; i < d.count(); ++i)
-                            d.data()[i] = plainSubtract(a.data()[i], b.data()[i], scale);
-                    }};
-        });
-        add(name + "IRSfs" + tail, 2.0 * channels, channels, [=](NoxiSize size) -> Work {
-            const auto a = bench::picture<Nox8u>(size, channels, 1), d = bench::picture<Nox8u>(size, channels, 2);
-            return {[=] { inPlace(a.data(), a.step(), d.data(), d.step(), size, scale); },
-                    [=] {
-                        for (std::size_t i = 0; i < d.count(); ++i)
-                            d.data()[i] = plainSubtract(a.data()[i], d.data()[i], scale);
-                    }};
-        });
-    }
+    for (const int scale : {0, 1, 3, -2, -8})
+        addScaledSub8u(name, channels, scale, fromTwo, inPlace);
 }
 
 /// entry(src, dst, size) with packed images, or the same image for both; formula makes a pixel.

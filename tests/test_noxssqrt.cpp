@@ -54,7 +54,8 @@ TEST(Sqrt32f, EqualsReferenceAtEveryLengthAndAddress) {
     for (const int length : test::testLengths())
         for (int shift = 0; shift < 20; ++shift) {
             Vector<Nox32f> vector(length, shift);
-            vector.generate([&](int) { return std::bit_cast<Nox32f>(0x00800000U + random() % 0x7f000000U); });
+            vector.generate(
+                [&](int) { return std::bit_cast<Nox32f>(static_cast<Nox32u>(0x00800000U + random() % 0x7f000000U)); });
             expectRoots(vector);
         }
 }

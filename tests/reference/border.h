@@ -24,8 +24,10 @@ void copy(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int chan
 template <class T>
 void set(T value, T *dst, int dstStep, NoxiSize roi) {
     for (int y = 0; y < roi.height; ++y)
-        for (int x = 0; x < roi.width; ++x)
+        for (int x = 0; x < roi.width; ++x) {
             element(dst, dstStep, y, x) = value;
+            __asm__ volatile("" : : : "memory"); // a plain loop, not the library call that compilers make of it
+        }
 }
 
 /// Walks from the first or last pixel of a line outward, one pixel at a time, turning where the line ends.
