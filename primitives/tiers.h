@@ -14,8 +14,9 @@ static_assert(LDBL_MANT_DIG == 64, "long double must be the 80-bit extended form
 
 /// Marks a hot kernel: compiled once per processor tier, chosen when the library is loaded, same bits in each.
 /// Sanitizers run before such a choice can be made, so there the baseline alone is built; NOXCV_BASELINE does the
-/// same for a build that tests the baseline; clang, our linter, knows no such templates. Such a kernel is called, never taken the address of: 32-bit code cannot
-/// form the address of a local function that is chosen at load. Tables hold plain functions that call kernels.
+/// same for a build that tests the baseline, and clang, our linter, knows no such templates. Such a kernel is called,
+/// never taken the address of: 32-bit code cannot form the address of a local function that is chosen at load. Tables
+/// hold plain functions that call kernels.
 #if defined(__SANITIZE_ADDRESS__) || defined(NOXCV_BASELINE) || defined(__clang__)
 #define NOX_TIERS
 #else
