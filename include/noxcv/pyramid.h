@@ -90,6 +90,209 @@ NOX_API NoxStatus noxiPyrDownGetBufSize_Gauss5x5(int width, int dataType, int ch
 NOX_API NoxStatus noxiPyrUpGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize);
 /** @} */
 
+/**
+ * An image pyramid: the sizes and scales of its levels, and places for the caller's images. The caller reads it and
+ * fills images and steps.
+ */
+typedef struct {
+    Nox8u **images;   /**< level + 1 pointers to the first pixel of each level; null at first. */
+    NoxiSize *sizes;  /**< level + 1 sizes. */
+    Nox64f *rates;    /**< level + 1 scales against level 0: 1, 1 / rate, its powers. */
+    int *steps;       /**< level + 1 row steps in bytes; 0 at first. */
+    void *layerState; /**< For the caller's use; null at first. */
+    int level;        /**< Index of the last level. */
+} NoxiPyramid;
+
+/** A layer state: a normalised kernel and the scratch of a layer call. One state serves one call at a time. */
+typedef struct NoxiPyramidLayerState NoxiPyramidLayerState;
+
+/**
+ * @name Sizes of neighbouring levels
+ * noxiGetPyramidUpROI writes the smallest and the largest size that a level may have above one of size roi: for each
+ * side of length n, from max(trunc((n - 1) rate) + 1, n + 1), or 1 when n is 1, to max(n + 1, trunc(n rate)), the
+ * products in single precision. noxiGetPyramidDownROI writes the size below one of size roi: near roi / rate, and such
+ * that roi lies in its range upwards.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadArgument unless 1 < rate <= 10.
+ * @{
+ */
+NOX_API NoxStatus noxiGetPyramidDownROI(NoxiSize roi, NoxiSize *dstRoi, Nox32f rate);
+NOX_API NoxStatus noxiGetPyramidUpROI(NoxiSize roi, NoxiSize *dstRoiMin, NoxiSize *dstRoiMax, Nox32f rate);
+/** @} */
+
+/**
+ * @name Pyramid record
+ * noxiPyramidInitAlloc makes the record of a pyramid whose level 0 has the size roi, with levels up to `level` or as
+ * many as the image allows (until both sides are 1). It holds no pixels. noxiPyramidFree releases it.
+ *
+ * Status of noxiPyramidInitAlloc, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadArgument unless
+ * 1 < rate <= 10 and level >= 1, noxStsNoMemory. Of noxiPyramidFree: noxStsNullPointer.
+ * @{
+ */
+NOX_API NoxStatus noxiPyramidInitAlloc(NoxiPyramid **pyramid, int level, NoxiSize roi, Nox32f rate);
+NOX_API NoxStatus noxiPyramidFree(NoxiPyramid *pyramid);
+/** @} */
+
+/**
+ * @name States of the down layer
+ * Makes the state of a layer for images up to the size roi of the source, the larger of the two. The kernel is
+ * symmetric: its left half and centre are used, and noxStsKernelNotSymmetric warns when a mirrored tap differs (exactly
+ * for integers, by more than the smallest normal number for Nox32f). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
+ * Integer taps get 13 fractional bits: ((k(i) * 16384) / sum) >> 1, the division truncating toward zero; Nox32f taps
+ * are divided by the sum.
+ *
+ * Taps whose sum is zero are not normalised, and lie in a layout of their own: tap i of the left half at i and at
+ * kernelSize - i, so that the tap behind the centre holds 0xFF bytes; the centre of a Nox32f kernel becomes the value
+ * of the kernel's byte number kernelSize / 2.
+ *
+ * @param kernelSize  odd, at least 3.
+ * @param mode        2.
+ *
+ * Status, in this order: noxStsNullPointer (state, kernel), noxStsBadSize, noxStsBadArgument (mode, rate not in 1 <
+ * rate
+ * <= 10, kernelSize), noxStsNoMemory; the warning noxStsKernelNotSymmetric.
+ * @{
+ */
+NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_8u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                       const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_16u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                        const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_32f_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                        const Nox32f *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_8u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                       const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_16u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                        const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_32f_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                        const Nox32f *kernel, int kernelSize, int mode);
+/** @} */
+
+/**
+ * @name Down layer
+ * Smooths with the state's kernel in both directions and resamples by its rate.
+ *
+ * Smoothing reflects at the edges without repeating the edge sample. 8u: R = (sum of pixel * k along the row) >> 8,
+ * then P = (sum of k * R along the column + 2^14) >> 15, limited to 16 bits, which has 3 fractional bits; 16u the same
+ * with shifts 10 and 13 and a rounding of 2^12. When the kernel is not smaller than both sides of the image each
+ * product is shifted by itself instead of the row's sum. Nox32f: plain sums in single precision, taps ascending.
+ *
+ * Resampling: for a rate within 1.99998 to 2.00002, every second row and column, from the first on (a column or row
+ * behind the last stands for the last). Otherwise along rows, then columns, output i is
+ * trunc(v(q + 1) f + 0.5 + v(q) (1 - f)) with p = i rate, q = trunc(p), f = p - q in single precision; v(q) where q + 1
+ * lies outside. Nox32f has no 0.5. At the end integers are (v + 4) >> 3, limited to their range. Channels do not mix.
+ *
+ * srcRoi may be smaller than the state's.
+ *
+ * Status, in this order: noxStsNullPointer (src, dst, state), noxStsBadSize (srcRoi), noxStsBadStep (each image by its
+ * own width), noxStsOddStep (16u, 32f), noxStsBadArgument (the state's rate), noxStsBadSize unless dstRoi is what
+ * noxiGetPyramidDownROI tells for srcRoi, or when srcRoi is larger than the state's.
+ * @{
+ */
+NOX_API NoxStatus noxiPyramidLayerDown_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
+                                              NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDown_16u_C1R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst,
+                                               int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDown_32f_C1R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst,
+                                               int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDown_8u_C3R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
+                                              NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDown_16u_C3R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst,
+                                               int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDown_32f_C3R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst,
+                                               int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** @} */
+
+/**
+ * @name States of the up layer
+ * Makes the state of a layer for images up to the size roi of the destination, the larger of the two. The kernel is
+ * symmetric: its left half and centre are used, and noxStsKernelNotSymmetric warns when a mirrored tap differs (exactly
+ * for integers, by more than the smallest normal number for Nox32f). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
+ * Integer taps get 13 fractional bits: trunc(4 k(i) / s2 * 8192 + 0.5) >> 1 with s2 = 2 sum, in single precision;
+ * Nox32f taps are divided by the sum.
+ *
+ * Taps whose sum is zero are not normalised, and lie in a layout of their own: tap i of the left half at i and at
+ * kernelSize - i, so that the tap behind the centre is 0; the centre of a Nox32f kernel becomes the value of
+ * the kernel's byte number kernelSize / 2.
+ *
+ * @param kernelSize  odd, at least 3.
+ * @param mode        2.
+ *
+ * Status, in this order: noxStsNullPointer (state, kernel), noxStsBadSize, noxStsBadArgument (mode, rate not in 1 <
+ * rate
+ * <= 10, kernelSize), noxStsNoMemory; the warning noxStsKernelNotSymmetric.
+ * @{
+ */
+NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_8u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                     const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_16u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                      const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_32f_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                      const Nox32f *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_8u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                     const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_16u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                      const Nox16s *kernel, int kernelSize, int mode);
+NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_32f_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
+                                                      const Nox32f *kernel, int kernelSize, int mode);
+/** @} */
+
+/**
+ * @name Up layer
+ * Spreads each source pixel over the destination with the state's kernel, and divides each destination pixel by the
+ * weight that reached it, so that an irregular grid of sources leaves no ripple in brightness: first along rows, then
+ * along columns. Outside the image the source is reflected without repeating the edge.
+ *
+ * Source sample i lies at p = i rate, q = trunc(p + 100) - 100, f = p - q in single precision. It adds
+ * k(t - 1) f + k(t) (1 - f) times its value at the places q + t, t from -half + 1 to half; with f = 0, k(t) for all
+ * taps (without the outermost when they are 0). Products with f not 0 are truncated after adding 0.5. Row results are
+ * scaled by 32768 / weight with 8 bits dropped (8u) or 8192 / weight with 6 bits dropped (16u), rounding half up;
+ * column results by the same factors with 22 and 20 bits dropped, and limited to the type's range. Nox32f: divided by
+ * the weight, no rounding steps.
+ *
+ * srcRoi and dstRoi may be smaller than the state's. The call allocates a bordered copy of the source.
+ *
+ * Status, in this order: noxStsNullPointer (src, dst, state), noxStsBadSize (srcRoi), noxStsBadStep (each image by its
+ * own width), noxStsOddStep (16u, 32f), noxStsBadArgument (the state's rate), noxStsBadSize unless dstRoi lies in the
+ * range of noxiGetPyramidUpROI for srcRoi, or when dstRoi is larger than the state's, noxStsNoMemory.
+ * @{
+ */
+NOX_API NoxStatus noxiPyramidLayerUp_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
+                                            NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUp_16u_C1R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst, int dstStep,
+                                             NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUp_32f_C1R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst, int dstStep,
+                                             NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUp_8u_C3R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
+                                            NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUp_16u_C3R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst, int dstStep,
+                                             NoxiSize dstRoi, NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUp_32f_C3R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst, int dstStep,
+                                             NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** @} */
+
+/**
+ * @name Release of layer states
+ * Releases a layer state; all of these do the same.
+ *
+ * Status: noxStsNullPointer.
+ * @{
+ */
+NOX_API NoxStatus noxiPyramidLayerDownFree(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUpFree(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDownFree_8u_C1R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDownFree_16u_C1R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDownFree_32f_C1R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDownFree_8u_C3R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDownFree_16u_C3R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerDownFree_32f_C3R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUpFree_8u_C1R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUpFree_16u_C1R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUpFree_32f_C1R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUpFree_8u_C3R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUpFree_16u_C3R(NoxiPyramidLayerState *state);
+NOX_API NoxStatus noxiPyramidLayerUpFree_32f_C3R(NoxiPyramidLayerState *state);
+/** @} */
+
 NOX_END_DECLS
 
 #endif

@@ -1,0 +1,419 @@
+// The down layer: smoothing with the state's kernel, then resampling by its rate.
+//
+// The image passes through row by row: source rows are filtered into a ring, rows of the smoothed plane are combined
+// from the ring only where the resampler needs them, and the resampler keeps two rows.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <type_traits>
+
+#include "borders.h"
+#include "noxvpyrlayer.h"
+#include "numerics.h"
+
+using namespace nox;
+
+namespace {
+
+/// Elements that a general kernel accumulates at a time.
+constexpr int blockLength = 64;
+
+// ---- arithmetic of a type: how a row sum and a column sum are brought to the plane's scale of 3 fractional bits
+
+/// Integers whose sums fit 32 bits.
+template <class T>
+struct Narrow;
+
+template <>
+struct Narrow<Nox8u> {
+    using Tap = Nox16s;
+    using Cell = Nox16s; ///< of the ring
+    using Sum = Nox32s;
+    using Plane = Nox32s;
+    static constexpr int rowShift = 8;
+    NOX_INLINE static Sum rowProduct(Sum tap, Nox8u pixel) { return tap * pixel; }
+    NOX_INLINE static Cell row(Sum sum) { return static_cast<Cell>(sum >> rowShift); }
+    struct ColumnSum {
+        Sum sum;
+    };
+    NOX_INLINE static ColumnSum product(Sum tap, Cell cell) { return {tap * cell}; }
+    NOX_INLINE static ColumnSum add(ColumnSum a, ColumnSum b) { return {a.sum + b.sum}; }
+    NOX_INLINE static Plane column(ColumnSum s) { return saturate<Nox16s>((s.sum + (1 << 14)) >> 15); }
+};
+
+/// Sums of tap * cell reach 2^32, so the cell's low six bits are summed apart: with S = 64 H + L,
+/// (S + 4096) >> 13 = (H + ((L + 4096) >> 6)) >> 7.
+template <>
+struct Narrow<Nox16u> {
+    using Tap = Nox16s;
+    using Cell = Nox32s;
+    using Sum = Nox32s;
+    using Plane = Nox32s;
+    static constexpr int rowShift = 10;
+    NOX_INLINE static Sum rowProduct(Sum tap, Nox16u pixel) { return tap * pixel; }
+    NOX_INLINE static Cell row(Sum sum) { return sum >> rowShift; }
+    struct ColumnSum {
+        Sum high, low;
+    };
+    NOX_INLINE static ColumnSum product(Sum tap, Cell cell) { return {tap * (cell >> 6), tap * (cell & 63)}; }
+    NOX_INLINE static ColumnSum add(ColumnSum a, ColumnSum b) { return {a.high + b.high, a.low + b.low}; }
+    NOX_INLINE static Plane column(ColumnSum s) { return (s.high + ((s.low + 4096) >> 6)) >> 7; }
+};
+
+template <>
+struct Narrow<Nox32f> {
+    using Tap = Nox32f;
+    using Cell = Nox32f;
+    using Sum = Nox32f;
+    using Plane = Nox32f;
+    NOX_INLINE static Sum rowProduct(Sum tap, Nox32f pixel) { return tap * pixel; }
+    NOX_INLINE static Cell row(Sum sum) { return sum; }
+    struct ColumnSum {
+        Sum sum;
+    };
+    NOX_INLINE static ColumnSum product(Sum tap, Cell cell) { return {tap * cell}; }
+    NOX_INLINE static ColumnSum add(ColumnSum a, ColumnSum b) { return {a.sum + b.sum}; }
+    NOX_INLINE static Plane column(ColumnSum s) { return s.sum; }
+};
+
+/// Integers with any taps, in 64 bits. ShiftEach: the form for small images, which shifts each product by itself.
+template <class T, bool ShiftEach>
+struct Wide {
+    using Tap = Nox16s;
+    using Cell = Nox32s;
+    using Sum = std::int64_t;
+    using Plane = Nox32s;
+    static constexpr int rowShift = Narrow<T>::rowShift;
+    NOX_INLINE static Sum rowProduct(Sum tap, T pixel) { return ShiftEach ? tap * pixel >> rowShift : tap * pixel; }
+    NOX_INLINE static Cell row(Sum sum) { return static_cast<Cell>(ShiftEach ? sum : sum >> rowShift); }
+    struct ColumnSum {
+        Sum sum;
+    };
+    NOX_INLINE static ColumnSum product(Sum tap, Cell cell) { return {tap * cell}; }
+    NOX_INLINE static ColumnSum add(ColumnSum a, ColumnSum b) { return {a.sum + b.sum}; }
+    NOX_INLINE static Plane column(ColumnSum s) {
+        if constexpr (std::is_same_v<T, Nox8u>)
+            return saturate<Nox16s>((s.sum + (1 << 14)) >> 15);
+        else
+            return static_cast<Plane>((s.sum + (1 << 12)) >> 13);
+    }
+};
+
+// ---- the two passes; Taps is the kernel's size where it is fixed, 0 where it is not
+
+template <class A, int Taps, class T>
+NOX_TIERS void filterRow(const T *padded, typename A::Cell *cells, int count, const typename A::Tap *kernel, int size,
+                         int channels) {
+    using Sum = typename A::Sum;
+    if constexpr (Taps != 0) {
+        for (int i = 0; i < count; ++i) {
+            Sum sum = A::rowProduct(kernel[0], padded[i]);
+            for (int k = 1; k < Taps; ++k)
+                sum += A::rowProduct(kernel[k], padded[i + k * channels]);
+            cells[i] = A::row(sum);
+        }
+    } else {
+        for (int begin = 0; begin < count; begin += blockLength) {
+            Sum sums[blockLength];
+            const int length = std::min(blockLength, count - begin);
+            const T *pixels = padded + begin;
+            for (int i = 0; i < length; ++i)
+                sums[i] = A::rowProduct(kernel[0], pixels[i]);
+            for (int k = 1; k < size; ++k)
+                for (int i = 0; i < length; ++i)
+                    sums[i] += A::rowProduct(kernel[k], pixels[i + k * channels]);
+            for (int i = 0; i < length; ++i)
+                cells[begin + i] = A::row(sums[i]);
+        }
+    }
+}
+
+template <class A, int Taps>
+NOX_TIERS void combineRows(const typename A::Cell *const *rows, typename A::Plane *plane, int count,
+                           const typename A::Tap *kernel, int size) {
+    using ColumnSum = typename A::ColumnSum;
+    if constexpr (Taps != 0) {
+        const typename A::Cell *row[Taps];
+        std::copy_n(rows, Taps, row);
+        for (int i = 0; i < count; ++i) {
+            ColumnSum sum = A::product(kernel[0], row[0][i]);
+            for (int k = 1; k < Taps; ++k)
+                sum = A::add(sum, A::product(kernel[k], row[k][i]));
+            plane[i] = A::column(sum);
+        }
+    } else {
+        for (int begin = 0; begin < count; begin += blockLength) {
+            ColumnSum sums[blockLength];
+            const int length = std::min(blockLength, count - begin);
+            for (int i = 0; i < length; ++i)
+                sums[i] = A::product(kernel[0], rows[0][begin + i]);
+            for (int k = 1; k < size; ++k)
+                for (int i = 0; i < length; ++i)
+                    sums[i] = A::add(sums[i], A::product(kernel[k], rows[k][begin + i]));
+            for (int i = 0; i < length; ++i)
+                plane[begin + i] = A::column(sums[i]);
+        }
+    }
+}
+
+// ---- resampling
+
+/// Between two values of the plane, on the plane's scale.
+NOX_INLINE Nox32s between(Nox32s first, Nox32s second, Nox32f f) {
+    return static_cast<Nox32s>(static_cast<Nox32f>(second) * f + 0.5F + static_cast<Nox32f>(first) * (1.0F - f));
+}
+NOX_INLINE Nox32f between(Nox32f first, Nox32f second, Nox32f f) { return second * f + first * (1.0F - f); }
+
+/// The plane's 3 fractional bits rounded away.
+template <class T>
+NOX_INLINE T finish(Nox32s value) {
+    return saturate<T>((value + 4) >> 3);
+}
+template <class T>
+NOX_INLINE T finish(Nox32f value) {
+    return value;
+}
+
+/// Output position i lies at i * rate: between the whole position and the next one.
+struct Position {
+    int whole;
+    Nox32f fraction;
+    NOX_INLINE Position(int i, Nox32f rate) {
+        const Nox32f p = static_cast<Nox32f>(i) * rate;
+        whole = static_cast<int>(p);
+        fraction = p - static_cast<Nox32f>(whole);
+    }
+};
+
+template <int Channels, class P>
+NOX_TIERS void resampleRow(const P *plane, int width, P *out, int outWidth, Nox32f rate) {
+    // The last position may have no neighbour to its right.
+    const int inner = Position(outWidth - 1, rate).whole + 1 < width ? outWidth : outWidth - 1;
+    for (int c = 0; c < Channels; ++c) {
+        for (int x = 0; x < inner; ++x) {
+            const Position at(x, rate);
+            const P *v = plane + at.whole * Channels + c;
+            out[x * Channels + c] = between(v[0], v[Channels], at.fraction);
+        }
+        if (inner < outWidth)
+            out[inner * Channels + c] = plane[(width - 1) * Channels + c];
+    }
+}
+
+template <class T, class P>
+NOX_TIERS void resampleColumn(const P *first, const P *second, Nox32f fraction, T *dst, int count) {
+    for (int i = 0; i < count; ++i)
+        dst[i] = finish<T>(between(first[i], second[i], fraction));
+}
+
+template <class T, class P>
+NOX_TIERS void storeRow(const P *row, T *dst, int count) {
+    for (int i = 0; i < count; ++i)
+        dst[i] = finish<T>(row[i]);
+}
+
+template <int Channels, class T, class P>
+NOX_TIERS void storeEverySecond(const P *plane, T *dst, int pixels) {
+    for (int x = 0; x < pixels; ++x)
+        for (int c = 0; c < Channels; ++c)
+            dst[x * Channels + c] = finish<T>(plane[2 * x * Channels + c]);
+}
+
+// ---- one call
+
+/// Takes pieces from the state's scratch, each on a boundary of its elements.
+class Scratch {
+public:
+    explicit Scratch(Nox8u *begin) : next_(begin) {}
+    template <class E>
+    E *take(std::ptrdiff_t count) {
+        E *piece = alignUp(reinterpret_cast<E *>(next_), alignof(E));
+        next_ = reinterpret_cast<Nox8u *>(piece + count);
+        return piece;
+    }
+
+private:
+    Nox8u *next_;
+};
+
+/// Smooths rows on demand.
+template <class A, class T, int Channels>
+class Smoother {
+    using Cell = typename A::Cell;
+    using Plane = typename A::Plane;
+    using Tap = typename A::Tap;
+
+public:
+    Smoother(Rows<const T> src, NoxiSize roi, const NoxiPyramidLayerState &state, Scratch &scratch)
+        : src_(src), roi_(roi), kernel_(static_cast<const Tap *>(state.kernel)), size_(state.kernelSize),
+          slots_(std::min(size_, roi.height)), count_(static_cast<std::ptrdiff_t>(roi.width) * Channels),
+          window_(scratch.take<const Cell *>(size_)), held_(scratch.take<int>(slots_)),
+          ring_(scratch.take<Cell>(slots_ * count_)), plane_(scratch.take<Plane>(count_)),
+          padded_(scratch.take<T>(count_ + (size_ - 1) * Channels)) {
+        std::fill_n(held_, slots_, -1);
+    }
+
+    /// Row y of the smoothed plane; valid until the next call.
+    const Plane *row(int y) {
+        for (int k = 0; k < size_; ++k)
+            window_[k] = filtered(borderIndex(y + k - size_ / 2, roi_.height, noxBorderMirror));
+        const int count = static_cast<int>(count_);
+        if (size_ == 3)
+            combineRows<A, 3>(window_, plane_, count, kernel_, size_);
+        else if (size_ == 5)
+            combineRows<A, 5>(window_, plane_, count, kernel_, size_);
+        else
+            combineRows<A, 0>(window_, plane_, count, kernel_, size_);
+        return plane_;
+    }
+
+private:
+    /// Source row y, filtered along the row; at most as many as the kernel has taps are held.
+    const Cell *filtered(int y) {
+        const int slot = y % slots_;
+        Cell *cells = ring_ + slot * count_;
+        if (held_[slot] == y)
+            return cells;
+        held_[slot] = y;
+        pad(src_[y]);
+        const int count = static_cast<int>(count_);
+        if (size_ == 3)
+            filterRow<A, 3>(padded_, cells, count, kernel_, size_, Channels);
+        else if (size_ == 5)
+            filterRow<A, 5>(padded_, cells, count, kernel_, size_, Channels);
+        else
+            filterRow<A, 0>(padded_, cells, count, kernel_, size_, Channels);
+        return cells;
+    }
+
+    void pad(const T *row) {
+        const int half = size_ / 2;
+        std::copy_n(row, count_, padded_ + half * Channels);
+        for (int x = 1; x <= half; ++x) {
+            copyPixel(row, -x);
+            copyPixel(row, roi_.width - 1 + x);
+        }
+    }
+    void copyPixel(const T *row, int x) {
+        const T *from = row + borderIndex(x, roi_.width, noxBorderMirror) * Channels;
+        std::copy_n(from, Channels, padded_ + static_cast<std::ptrdiff_t>(x + size_ / 2) * Channels);
+    }
+
+    Rows<const T> src_;
+    NoxiSize roi_;
+    const Tap *kernel_;
+    int size_, slots_;
+    std::ptrdiff_t count_;
+    const Cell **window_;
+    int *held_;
+    Cell *ring_;
+    Plane *plane_;
+    T *padded_;
+};
+
+/// At this rate the resampler takes every second row and column.
+bool isTwo(Nox32f rate) { return rate >= 1.99998F && rate <= 2.00002F; }
+
+template <class A, class T, int Channels>
+void subsample(Smoother<A, T, Channels> &smoother, NoxiSize roi, Rows<T> dst, NoxiSize dstRoi) {
+    // Just below rate 2 the last position may lie one behind the plane: the last column or row stands for it.
+    const bool beyond = 2 * (dstRoi.width - 1) >= roi.width;
+    for (int y = 0; y < dstRoi.height; ++y) {
+        const auto *plane = smoother.row(std::min(2 * y, roi.height - 1));
+        const int inner = dstRoi.width - (beyond ? 1 : 0);
+        storeEverySecond<Channels>(plane, dst[y], inner);
+        if (beyond)
+            storeRow(plane + (roi.width - 1) * Channels, dst[y] + inner * Channels, Channels);
+    }
+}
+
+template <class A, class T, int Channels>
+void resample(Smoother<A, T, Channels> &smoother, NoxiSize roi, Rows<T> dst, NoxiSize dstRoi, Nox32f rate,
+              Scratch &scratch) {
+    using Plane = typename A::Plane;
+    const int count = dstRoi.width * Channels;
+    Plane *rows[2] = {scratch.take<Plane>(count), scratch.take<Plane>(count)};
+    int held[2] = {-1, -1};
+    const auto resampled = [&](int y) {
+        if (held[y % 2] != y) {
+            held[y % 2] = y;
+            resampleRow<Channels>(smoother.row(y), roi.width, rows[y % 2], dstRoi.width, rate);
+        }
+        return rows[y % 2];
+    };
+    for (int y = 0; y < dstRoi.height; ++y) {
+        const Position at(y, rate);
+        const Plane *first = resampled(at.whole);
+        if (at.whole + 1 < roi.height)
+            resampleColumn(first, resampled(at.whole + 1), at.fraction, dst[y], count);
+        else
+            storeRow(first, dst[y], count);
+    }
+}
+
+template <class A, class T, int Channels>
+void layerDown(Rows<const T> src, NoxiSize srcRoi, Rows<T> dst, NoxiSize dstRoi, const NoxiPyramidLayerState &state) {
+    Scratch scratch(state.work);
+    Smoother<A, T, Channels> smoother(src, srcRoi, state, scratch);
+    if (isTwo(state.rate))
+        subsample(smoother, srcRoi, dst, dstRoi);
+    else
+        resample(smoother, srcRoi, dst, dstRoi, state.rate, scratch);
+}
+
+/// Sums of products stay within 32 bits when the taps' magnitudes add up to less than this (normalised taps without
+/// negative ones: 8192).
+constexpr long long narrowTaps = 32000;
+
+bool fitsNarrow(const Nox16s *kernel, int size) {
+    long long magnitudes = 0;
+    for (int i = 0; i < size; ++i)
+        magnitudes += std::abs(static_cast<int>(kernel[i]));
+    return magnitudes < narrowTaps;
+}
+
+template <class T, int Channels>
+NoxStatus down(const T *src, int srcStep, NoxiSize srcRoi, T *dst, int dstStep, NoxiSize dstRoi,
+               const NoxiPyramidLayerState *state) {
+    NoxStatus status = checkLayer(src, srcStep, srcRoi, dst, dstStep, dstRoi, state, Channels);
+    if (status == noxStsNoError)
+        status = checkRate(state->rate);
+    if (status != noxStsNoError)
+        return status;
+    NoxiSize expected;
+    noxiGetPyramidDownROI(srcRoi, &expected, state->rate);
+    if (dstRoi.width != expected.width || dstRoi.height != expected.height || srcRoi.width > state->width ||
+        srcRoi.height > state->height)
+        return noxStsBadSize;
+
+    const Rows<const T> from{src, srcStep};
+    const Rows<T> to{dst, dstStep};
+    if constexpr (std::is_integral_v<T>) {
+        const int n = state->kernelSize;
+        if (n >= srcRoi.width || n >= srcRoi.height)
+            layerDown<Wide<T, true>, T, Channels>(from, srcRoi, to, dstRoi, *state);
+        else if (!fitsNarrow(static_cast<const Nox16s *>(state->kernel), n))
+            layerDown<Wide<T, false>, T, Channels>(from, srcRoi, to, dstRoi, *state);
+        else
+            layerDown<Narrow<T>, T, Channels>(from, srcRoi, to, dstRoi, *state);
+    } else {
+        layerDown<Narrow<T>, T, Channels>(from, srcRoi, to, dstRoi, *state);
+    }
+    return noxStsNoError;
+}
+
+} // namespace
+
+#define NOX_LAYER_DOWN(TYPE, TAG, CHANNELS)                                                                            \
+    NoxStatus noxiPyramidLayerDown_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst,    \
+                                                          int dstStep, NoxiSize dstRoi,                                \
+                                                          NoxiPyramidLayerState *state) {                              \
+        return down<TYPE, CHANNELS>(src, srcStep, srcRoi, dst, dstStep, dstRoi, state);                                \
+    }
+NOX_LAYER_DOWN(Nox8u, 8u, 1)
+NOX_LAYER_DOWN(Nox8u, 8u, 3)
+NOX_LAYER_DOWN(Nox16u, 16u, 1)
+NOX_LAYER_DOWN(Nox16u, 16u, 3)
+NOX_LAYER_DOWN(Nox32f, 32f, 1)
+NOX_LAYER_DOWN(Nox32f, 32f, 3)
