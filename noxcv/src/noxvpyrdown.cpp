@@ -21,7 +21,9 @@ constexpr int blockLength = 64;
 
 // ---- arithmetic of a type: how a row sum and a column sum are brought to the plane's scale of 3 fractional bits
 
-/// Integers whose sums fit 32 bits.
+// An arithmetic that folds adds mirrored pixels and cells before it multiplies; integers give the same bits so.
+
+/// Symmetric integer taps whose sums fit 32 bits.
 template <class T>
 struct Narrow;
 
@@ -31,13 +33,16 @@ struct Narrow<Nox8u> {
     using Cell = Nox16s; ///< of the ring
     using Sum = Nox32s;
     using Plane = Nox32s;
+    static constexpr bool folds = true;
     static constexpr int rowShift = 8;
-    NOX_INLINE static Sum rowProduct(Sum tap, Nox8u pixel) { return tap * pixel; }
+    /// Two pixels, and two cells, fit 16 bits: products of 16 bits vectorise best.
+    NOX_INLINE static Nox16s pair(int a, int b) { return static_cast<Nox16s>(a + b); }
+    NOX_INLINE static Sum rowProduct(Tap tap, Nox16s pixels) { return tap * pixels; }
     NOX_INLINE static Cell row(Sum sum) { return static_cast<Cell>(sum >> rowShift); }
     struct ColumnSum {
         Sum sum;
     };
-    NOX_INLINE static ColumnSum product(Sum tap, Cell cell) { return {tap * cell}; }
+    NOX_INLINE static ColumnSum product(Tap tap, Nox16s cells) { return {tap * cells}; }
     NOX_INLINE static ColumnSum add(ColumnSum a, ColumnSum b) { return {a.sum + b.sum}; }
     NOX_INLINE static Plane column(ColumnSum s) { return saturate<Nox16s>((s.sum + (1 << 14)) >> 15); }
 };
@@ -50,29 +55,33 @@ struct Narrow<Nox16u> {
     using Cell = Nox32s;
     using Sum = Nox32s;
     using Plane = Nox32s;
+    static constexpr bool folds = true;
     static constexpr int rowShift = 10;
-    NOX_INLINE static Sum rowProduct(Sum tap, Nox16u pixel) { return tap * pixel; }
+    NOX_INLINE static Nox32s pair(Nox32s a, Nox32s b) { return a + b; }
+    NOX_INLINE static Sum rowProduct(Tap tap, Nox32s pixels) { return tap * pixels; }
     NOX_INLINE static Cell row(Sum sum) { return sum >> rowShift; }
     struct ColumnSum {
         Sum high, low;
     };
-    NOX_INLINE static ColumnSum product(Sum tap, Cell cell) { return {tap * (cell >> 6), tap * (cell & 63)}; }
+    NOX_INLINE static ColumnSum product(Tap tap, Nox32s cells) { return {tap * (cells >> 6), tap * (cells & 63)}; }
     NOX_INLINE static ColumnSum add(ColumnSum a, ColumnSum b) { return {a.high + b.high, a.low + b.low}; }
     NOX_INLINE static Plane column(ColumnSum s) { return (s.high + ((s.low + 4096) >> 6)) >> 7; }
 };
 
+/// Floats, tap by tap in ascending order.
 template <>
 struct Narrow<Nox32f> {
     using Tap = Nox32f;
     using Cell = Nox32f;
     using Sum = Nox32f;
     using Plane = Nox32f;
-    NOX_INLINE static Sum rowProduct(Sum tap, Nox32f pixel) { return tap * pixel; }
+    static constexpr bool folds = false;
+    NOX_INLINE static Sum rowProduct(Tap tap, Nox32f pixel) { return tap * pixel; }
     NOX_INLINE static Cell row(Sum sum) { return sum; }
     struct ColumnSum {
         Sum sum;
     };
-    NOX_INLINE static ColumnSum product(Sum tap, Cell cell) { return {tap * cell}; }
+    NOX_INLINE static ColumnSum product(Tap tap, Cell cell) { return {tap * cell}; }
     NOX_INLINE static ColumnSum add(ColumnSum a, ColumnSum b) { return {a.sum + b.sum}; }
     NOX_INLINE static Plane column(ColumnSum s) { return s.sum; }
 };
@@ -84,6 +93,7 @@ struct Wide {
     using Cell = Nox32s;
     using Sum = std::int64_t;
     using Plane = Nox32s;
+    static constexpr bool folds = false;
     static constexpr int rowShift = Narrow<T>::rowShift;
     NOX_INLINE static Sum rowProduct(Sum tap, T pixel) { return ShiftEach ? tap * pixel >> rowShift : tap * pixel; }
     NOX_INLINE static Cell row(Sum sum) { return static_cast<Cell>(ShiftEach ? sum : sum >> rowShift); }
@@ -102,59 +112,73 @@ struct Wide {
 
 // ---- the two passes; Taps is the kernel's size where it is fixed, 0 where it is not
 
+/// The sum over a kernel of `size` taps, value(k) being what tap k is multiplied with.
+template <class A, class Product, class Add, class Value, class Tap>
+NOX_INLINE auto sumOver(const Tap *kernel, int size, const Product &product, const Add &add, const Value &value) {
+    if constexpr (A::folds) {
+        const int centre = size / 2;
+        auto sum = product(kernel[centre], value(centre));
+        for (int d = 1; d <= centre; ++d)
+            sum = add(sum, product(kernel[centre - d], A::pair(value(centre - d), value(centre + d))));
+        return sum;
+    } else {
+        auto sum = product(kernel[0], value(0));
+        for (int k = 1; k < size; ++k)
+            sum = add(sum, product(kernel[k], value(k)));
+        return sum;
+    }
+}
+
+/// The sums of `count` elements into `store(i, sum)`. With a kernel of any size a block of sums is kept while the taps
+/// go by, so that the inner loop runs along the row; value(k, i) is element i under tap k.
+template <class A, int Taps, class Sum, class Product, class Add, class Value, class Tap, class Store>
+NOX_INLINE void sumRow(const Tap *kernel, int size, int count, const Product &product, const Add &add,
+                       const Value &value, const Store &store) {
+    if constexpr (Taps != 0) {
+        for (int i = 0; i < count; ++i)
+            store(i,
+                  sumOver<A>(kernel, Taps, product, add, [&value, i](int k) NOX_INLINE_LAMBDA { return value(k, i); }));
+        return;
+    }
+    const int centre = size / 2, first = A::folds ? centre : 0, last = A::folds ? 2 * centre : size - 1;
+    for (int begin = 0; begin < count; begin += blockLength) {
+        Sum sums[blockLength];
+        const int length = std::min(blockLength, count - begin);
+        for (int i = 0; i < length; ++i)
+            sums[i] = product(kernel[first], value(first, begin + i));
+        for (int k = first + 1; k <= last; ++k)
+            for (int i = 0; i < length; ++i) {
+                if constexpr (A::folds)
+                    sums[i] = add(sums[i],
+                                  product(kernel[k], A::pair(value(k, begin + i), value(2 * centre - k, begin + i))));
+                else
+                    sums[i] = add(sums[i], product(kernel[k], value(k, begin + i)));
+            }
+        for (int i = 0; i < length; ++i)
+            store(begin + i, sums[i]);
+    }
+}
+
 template <class A, int Taps, class T>
 NOX_TIERS void filterRow(const T *padded, typename A::Cell *cells, int count, const typename A::Tap *kernel, int size,
                          int channels) {
     using Sum = typename A::Sum;
-    if constexpr (Taps != 0) {
-        for (int i = 0; i < count; ++i) {
-            Sum sum = A::rowProduct(kernel[0], padded[i]);
-            for (int k = 1; k < Taps; ++k)
-                sum += A::rowProduct(kernel[k], padded[i + k * channels]);
-            cells[i] = A::row(sum);
-        }
-    } else {
-        for (int begin = 0; begin < count; begin += blockLength) {
-            Sum sums[blockLength];
-            const int length = std::min(blockLength, count - begin);
-            const T *pixels = padded + begin;
-            for (int i = 0; i < length; ++i)
-                sums[i] = A::rowProduct(kernel[0], pixels[i]);
-            for (int k = 1; k < size; ++k)
-                for (int i = 0; i < length; ++i)
-                    sums[i] += A::rowProduct(kernel[k], pixels[i + k * channels]);
-            for (int i = 0; i < length; ++i)
-                cells[begin + i] = A::row(sums[i]);
-        }
-    }
+    sumRow<A, Taps, Sum>(
+        kernel, size, count, [](auto tap, auto pixel) NOX_INLINE_LAMBDA { return A::rowProduct(tap, pixel); },
+        [](Sum a, Sum b) NOX_INLINE_LAMBDA { return static_cast<Sum>(a + b); },
+        [=](int k, int i) NOX_INLINE_LAMBDA { return padded[i + k * channels]; },
+        [=](int i, Sum sum) NOX_INLINE_LAMBDA { cells[i] = A::row(sum); });
 }
 
 template <class A, int Taps>
 NOX_TIERS void combineRows(const typename A::Cell *const *rows, typename A::Plane *plane, int count,
                            const typename A::Tap *kernel, int size) {
-    using ColumnSum = typename A::ColumnSum;
-    if constexpr (Taps != 0) {
-        const typename A::Cell *row[Taps];
-        std::copy_n(rows, Taps, row);
-        for (int i = 0; i < count; ++i) {
-            ColumnSum sum = A::product(kernel[0], row[0][i]);
-            for (int k = 1; k < Taps; ++k)
-                sum = A::add(sum, A::product(kernel[k], row[k][i]));
-            plane[i] = A::column(sum);
-        }
-    } else {
-        for (int begin = 0; begin < count; begin += blockLength) {
-            ColumnSum sums[blockLength];
-            const int length = std::min(blockLength, count - begin);
-            for (int i = 0; i < length; ++i)
-                sums[i] = A::product(kernel[0], rows[0][begin + i]);
-            for (int k = 1; k < size; ++k)
-                for (int i = 0; i < length; ++i)
-                    sums[i] = A::add(sums[i], A::product(kernel[k], rows[k][begin + i]));
-            for (int i = 0; i < length; ++i)
-                plane[begin + i] = A::column(sums[i]);
-        }
-    }
+    using Sum = typename A::ColumnSum;
+    sumRow<A, Taps, Sum>(
+        kernel, size, count, [](auto tap, auto cell) NOX_INLINE_LAMBDA { return A::product(tap, cell); },
+        [](Sum a, Sum b) NOX_INLINE_LAMBDA { return A::add(a, b); },
+        [=](int k, int i) NOX_INLINE_LAMBDA { return rows[k][i]; },
+        [=](int i, Sum sum) NOX_INLINE_LAMBDA { plane[i] = A::column(sum); });
 }
 
 // ---- resampling
@@ -263,6 +287,8 @@ public:
             combineRows<A, 3>(window_, plane_, count, kernel_, size_);
         else if (size_ == 5)
             combineRows<A, 5>(window_, plane_, count, kernel_, size_);
+        else if (size_ == 7)
+            combineRows<A, 7>(window_, plane_, count, kernel_, size_);
         else
             combineRows<A, 0>(window_, plane_, count, kernel_, size_);
         return plane_;
@@ -282,6 +308,8 @@ private:
             filterRow<A, 3>(padded_, cells, count, kernel_, size_, Channels);
         else if (size_ == 5)
             filterRow<A, 5>(padded_, cells, count, kernel_, size_, Channels);
+        else if (size_ == 7)
+            filterRow<A, 7>(padded_, cells, count, kernel_, size_, Channels);
         else
             filterRow<A, 0>(padded_, cells, count, kernel_, size_, Channels);
         return cells;
@@ -362,14 +390,17 @@ void layerDown(Rows<const T> src, NoxiSize srcRoi, Rows<T> dst, NoxiSize dstRoi,
         resample(smoother, srcRoi, dst, dstRoi, state.rate, scratch);
 }
 
-/// Sums of products stay within 32 bits when the taps' magnitudes add up to less than this (normalised taps without
-/// negative ones: 8192).
-constexpr long long narrowTaps = 32000;
+/// Sums of products, and of two cells, stay within their types when the taps' magnitudes add up to less than this
+/// (normalised taps without negative ones: 8192).
+constexpr long long narrowTaps = 16000;
 
 bool fitsNarrow(const Nox16s *kernel, int size) {
     long long magnitudes = 0;
-    for (int i = 0; i < size; ++i)
+    for (int i = 0; i < size; ++i) {
+        if (kernel[i] != kernel[size - 1 - i])
+            return false;
         magnitudes += std::abs(static_cast<int>(kernel[i]));
+    }
     return magnitudes < narrowTaps;
 }
 
