@@ -20,7 +20,7 @@ bool readPicture(const std::string &path, int channels, Picture &picture) {
     int width = 0, height = 0, inFile = 0;
     stbi_uc *pixels = stbi_load(path.c_str(), &width, &height, &inFile, channels);
     if (pixels == nullptr) {
-        std::fprintf(stderr, "%s: cannot read this picture (%s)\n", path.c_str(), stbi_failure_reason());
+        std::fprintf(stderr, "%s: cannot be read as a PNG or JPEG picture\n", path.c_str());
         return false;
     }
     picture = Picture({width, height}, channels);
