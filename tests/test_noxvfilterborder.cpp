@@ -26,37 +26,37 @@ struct Form {
     bool hasMask = true, divides = false;
 };
 
-#define FORM(NAME, FILTER, T, OUT, TAG)                                                                                \
-    Form<T, OUT> {                                                                                                     \
-        #NAME #TAG, Filter::FILTER,                                                                                    \
-            [](const T *s, int ss, OUT *d, int ds, NoxiSize roi, int mask, int border, T value, int, Nox8u *b) {       \
-                return noxiFilter##NAME##Border_##TAG##_C1R(s, ss, d, ds, roi, mask, border, value, b);                \
-            },                                                                                                         \
-            noxiFilter##NAME##GetBufferSize_##TAG##_C1R                                                                \
+#define FORM(NAME, FILTER, T, OUT, TAG)                                                                                                                     \
+    Form<T, OUT> {                                                                                                                                          \
+#NAME #TAG, Filter::FILTER,                                                                                                                         \
+            [](const T *s, int ss, OUT *d, int ds, NoxiSize roi, int mask, int border, T value, int,                                                        \
+               Nox8u *                                                                                                                                      \
+                   b) { return noxiFilter##NAME##Border_##TAG##_C1R(s, ss, d, ds, roi, mask, border, value, b); },                                          \
+                                                                                                                noxiFilter##NAME##GetBufferSize_##TAG##_C1R \
     }
 #define FORM_8S(NAME, FILTER)                                                                                          \
     Form<Nox8u, Nox8s> {                                                                                               \
-        #NAME "8u8s", Filter::FILTER, noxiFilter##NAME##Border_8u8s_C1R, noxiFilter##NAME##GetBufferSize_8u8s_C1R,     \
+#NAME "8u8s", Filter::FILTER, noxiFilter##NAME##Border_8u8s_C1R, noxiFilter##NAME##GetBufferSize_8u8s_C1R,     \
             true, true                                                                                                 \
     }
 #define FORM_3(NAME, FILTER, T, OUT, TAG)                                                                              \
     Form<T, OUT> {                                                                                                     \
-        #NAME #TAG, Filter::FILTER,                                                                                    \
+#NAME #TAG, Filter::FILTER,                                                                                    \
             [](const T *s, int ss, OUT *d, int ds, NoxiSize roi, int, int border, T value, int, Nox8u *b) {            \
                 return noxiFilter##NAME##Border_##TAG##_C1R(s, ss, d, ds, roi, border, value, b);                      \
             },                                                                                                         \
             [](NoxiSize roi, int, int *size) { return noxiFilter##NAME##GetBufferSize_##TAG##_C1R(roi, size); },       \
-            false                                                                                                      \
+            false       \
     }
 #define FORM_3_8S(NAME, FILTER)                                                                                        \
     Form<Nox8u, Nox8s> {                                                                                               \
-        #NAME "8u8s", Filter::FILTER,                                                                                  \
+#NAME "8u8s", Filter::FILTER,                                                                                  \
             [](const Nox8u *s, int ss, Nox8s *d, int ds, NoxiSize roi, int, int border, Nox8u value, int divisor,      \
                Nox8u *b) {                                                                                             \
                 return noxiFilter##NAME##Border_8u8s_C1R(s, ss, d, ds, roi, border, value, divisor, b);                \
             },                                                                                                         \
             [](NoxiSize roi, int, int *size) { return noxiFilter##NAME##GetBufferSize_8u8s_C1R(roi, size); }, false,   \
-            true                                                                                                       \
+            true       \
     }
 
 const Form<Nox8u, Nox16s> forms8u16s[] = {FORM(SobelHoriz, sobelHoriz, Nox8u, Nox16s, 8u16s),

@@ -89,7 +89,8 @@ TEST(Quotient, ExtremeDivisors) {
         ASSERT_NO_FATAL_FAILURE((Comparison{divisor}.quotients(0, 32770, 11)));
 }
 
-// Every divisor with every quotient that occurs in 16 bits of some stride, and every divisor that falls with all of them.
+// Every divisor with every quotient that occurs in 16 bits of some stride, and every divisor that falls with all of
+// them.
 TEST(QuotientFull, EveryDivisorEveryQuotient) {
     for (int divisor = 1; divisor <= 32767; ++divisor) {
         const Comparison comparison = {divisor};

@@ -100,8 +100,8 @@ testing::AssertionResult agrees(const Image<typename M::Pixel> &src, const std::
     Image<typename M::Out> actual(roi.width, roi.height, M::channels, padding), expected(actual);
     auto rows = constRows(src, stride);
     const Buffer buffer(std::size_t(std::max(1, queriedSize<M>(roi, kernelSize))));
-    const NoxStatus status = invoke<M>(rows.data(), actual.data(), actual.step(), roi, kernel.data(), kernelSize,
-                                       divisor, buffer.data());
+    const NoxStatus status =
+        invoke<M>(rows.data(), actual.data(), actual.step(), roi, kernel.data(), kernelSize, divisor, buffer.data());
     if (status != noxStsNoError)
         return testing::AssertionFailure() << "status " << status;
     reference::filterColumns<typename M::Sum>(rows.data(), expected.data(), expected.step(), roi.width * M::channels,
@@ -199,10 +199,10 @@ TYPED_TEST(ColumnPipeline, MillionsOfTaps) {
         std::vector<const Nox16s *> rows(kernelSize, pixels);
         const Buffer buffer(64);
         typename M::Out actual[9], expected[9];
-        for (const int divisor : {1 << 30, 41, -1})  {
-            ASSERT_EQ(M::call(rows.data(), actual, sizeof actual, {9, 1}, taps.data(), kernelSize, divisor,
-                              buffer.data()),
-                      noxStsNoError);
+        for (const int divisor : {1 << 30, 41, -1}) {
+            ASSERT_EQ(
+                M::call(rows.data(), actual, sizeof actual, {9, 1}, taps.data(), kernelSize, divisor, buffer.data()),
+                noxStsNoError);
             reference::filterColumns<typename M::Sum>(rows.data(), expected, sizeof expected, 9, 1, taps.data(),
                                                       kernelSize, M::store(divisor));
             for (int i = 0; i < 9; ++i)

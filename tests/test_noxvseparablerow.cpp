@@ -141,8 +141,7 @@ testing::AssertionResult agrees(const Image<typename M::Pixel> &src, const Setti
     Image<Out> actual(s.size.width, s.size.height, M::channels, padding), expected(actual);
     auto rows = test::shuffledRows(actual, 1), expectedRows = test::shuffledRows(expected, 1);
     const Buffer buffer(std::size_t(queriedSize<M>(s)));
-    const NoxStatus status =
-        invoke<M>(src.data(), src.step(), rows.data(), s, kernel.data(), value, buffer.data());
+    const NoxStatus status = invoke<M>(src.data(), src.step(), rows.data(), s, kernel.data(), value, buffer.data());
     if (status != noxStsNoError)
         return testing::AssertionFailure() << "status " << status;
     M::reference(s.divisor, s.kernelSize, kernel.data(), s.kernelSize,
@@ -272,8 +271,9 @@ TYPED_TEST(RowPipeline, SameResultForEveryThreadCount) {
                 Image<typename M::Out> actual(size.width, size.height, M::channels);
                 auto shuffled = test::shuffledRows(actual);
                 const Buffer buffer(std::size_t(queriedSize<M>(setting)));
-                ASSERT_EQ(invoke<M>(src.data(), src.step(), shuffled.data(), setting, taps.data(), value, buffer.data()),
-                          noxStsNoError);
+                ASSERT_EQ(
+                    invoke<M>(src.data(), src.step(), shuffled.data(), setting, taps.data(), value, buffer.data()),
+                    noxStsNoError);
                 ASSERT_TRUE(test::sameImage(actual, expected)) << threads;
             };
             run();

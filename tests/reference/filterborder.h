@@ -176,8 +176,8 @@ inline long double column32f(Filter filter, int size, const long double *r) {
     }
 }
 
-inline void columns32f(Filter filter, int size, const std::vector<Nox32f> &rows, Nox32f *dst, int dstStep,
-                       NoxiSize roi, bool adds) {
+inline void columns32f(Filter filter, int size, const std::vector<Nox32f> &rows, Nox32f *dst, int dstStep, NoxiSize roi,
+                       bool adds) {
     for (int y = 0; y < roi.height; ++y)
         for (int x = 0; x < roi.width; ++x) {
             long double r[5] = {};
@@ -221,7 +221,8 @@ inline void filter32f(Filter filter, int size, const Nox32f *src, int srcStep, N
                     static_cast<Nox32f>(2 * (at(outer, y) + at(outer, y + 2)) - at(middle, y + 1));
             }
     } else if (filter == Filter::laplacian) {
-        columns32f(Filter::sobelHorizSecond, 5, rows(tapsOf(Filter::sobelHorizSecond, 5).row), dst, dstStep, roi, false);
+        columns32f(Filter::sobelHorizSecond, 5, rows(tapsOf(Filter::sobelHorizSecond, 5).row), dst, dstStep, roi,
+                   false);
         columns32f(Filter::sobelVertSecond, 5, rows(tapsOf(Filter::sobelVertSecond, 5).row), dst, dstStep, roi, true);
     } else {
         columns32f(filter, size, rows(tapsOf(filter, size).row), dst, dstStep, roi, false);

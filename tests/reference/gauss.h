@@ -13,7 +13,8 @@ inline Nox32f correlate(const std::vector<Nox32f> &line, int i, const std::vecto
     const int reach = int(taps.size()) / 2;
     Nox32f sum = 0;
     for (int j = 0; j < int(taps.size()); ++j) {
-        const Nox32f product = line[std::size_t(std::clamp(i + j - reach, 0, int(line.size()) - 1))] * taps[std::size_t(j)];
+        const Nox32f product =
+            line[std::size_t(std::clamp(i + j - reach, 0, int(line.size()) - 1))] * taps[std::size_t(j)];
         sum = j == 0 ? product : sum + product;
     }
     return sum;

@@ -114,7 +114,8 @@ void filterRows(const T *src, int srcStep, Out *const *rows, NoxiSize roi, int c
                 int kernelSize, int anchor, int borderType, const T *value, Store store) {
     std::vector<T> line;
     for (int y = 0; y < roi.height; ++y) {
-        extendRow(rowOf(src, srcStep, y), roi.width, channels, anchor, kernelSize - 1 - anchor, borderType, value, line);
+        extendRow(rowOf(src, srcStep, y), roi.width, channels, anchor, kernelSize - 1 - anchor, borderType, value,
+                  line);
         for (int i = 0; i < roi.width * channels; ++i) {
             Sum sum;
             for (int j = 0; j < kernelSize; ++j)
