@@ -33,7 +33,8 @@ struct Comparison {
             if (std::abs(sum) <= Quotient<float>::largestSum &&
                 quotient<Nox16s>(sum, narrow) != expected<Nox16s>(sum, divisor))
                 return testing::AssertionFailure() << "float: " << sum << " / " << divisor;
-            if (std::abs(sum) <= Quotient<double>::largestSum &&
+            const bool fits = std::abs(sum) / std::abs(static_cast<long long>(divisor)) < (1LL << 31);
+            if (std::abs(sum) <= Quotient<double>::largestSum && fits &&
                 quotient<Nox16s>(sum, wide) != expected<Nox16s>(sum, divisor))
                 return testing::AssertionFailure() << "double: " << sum << " / " << divisor;
             if (std::abs(sum) < (1LL << 31) && std::abs(divisor) > 1 &&

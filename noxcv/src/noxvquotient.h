@@ -76,16 +76,17 @@ NOX_INLINE Real mantissa(Real value) {
     return std::bit_cast<Real>((std::bit_cast<Bits>(value) & fraction) | std::bit_cast<Bits>(Real(1)));
 }
 
-/// The quotient of an integer sum, clamped to the range of T and truncated toward zero. Falls: by.falls.
+/// The quotient of an integer sum, truncated toward zero and clamped to the range of T. It must fit 32 bits. Falls:
+/// by.falls.
 template <class T, bool Falls, class Real>
 NOX_INLINE T truncatedQuotient(Real sum, const Quotient<Real> &by) {
-    const T quotient = truncateSaturated<T>(sum * by.reciprocal);
+    const int quotient = static_cast<int>(sum * by.reciprocal);
     if constexpr (!Falls)
-        return quotient;
-    const Real q = static_cast<Real>(static_cast<int>(quotient)), m = mantissa(q);
+        return saturate<T>(quotient);
+    const Real q = static_cast<Real>(quotient), m = mantissa(q);
     const bool falls = (q * by.divisor == sum) & ((m == Real(1)) | (m > by.limit));
-    const int sign = (q > 0) - (q < 0);
-    return static_cast<T>(quotient - (falls ? sign : 0));
+    const int sign = (quotient > 0) - (quotient < 0);
+    return saturate<T>(quotient - (falls ? sign : 0));
 }
 
 /// The quotient by its definition.

@@ -1,7 +1,10 @@
 // Sums of taps over a window of lines, and the roundings of the sums.
 #include <emmintrin.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "noxvextendedsum.h"
@@ -108,6 +111,28 @@ NOX_INLINE void divideSums(const Sum *sums, T *dst, int count, const Quotient<Re
     }
 }
 
+/// Divisors of 1 and -1: the one quotient that does not fit 32 bits, of -2^31, is avoided.
+template <class T>
+NOX_INLINE void storeSums(const Nox32s *sums, T *dst, int count, bool negative) {
+    if (negative) {
+        for (int x = 0; x < count; ++x)
+            dst[x] = saturate<T>(-std::max(sums[x], -std::numeric_limits<Nox32s>::max()));
+    } else {
+        for (int x = 0; x < count; ++x)
+            dst[x] = saturate<T>(sums[x]);
+    }
+}
+
+/// Clamps well beyond 16 bits. Sums are clamped in a loop of their own: in one with the conversion to integers the
+/// compiler converts all three cases and selects last.
+constexpr Nox64f beyond16Bits = 65536;
+NOX_INLINE void clampSums(const Nox64f *sums, Nox64f *clamped, int count, Nox64f bound) {
+    for (int x = 0; x < count; ++x) {
+        const Nox64f raised = sums[x] < -bound ? -bound : sums[x];
+        clamped[x] = raised > bound ? bound : raised;
+    }
+}
+
 } // namespace
 
 namespace nox {
@@ -137,20 +162,27 @@ NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox64f)
 NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox32f)
 NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f)
 
-#define NOX_STORE_QUOTIENTS(TYPE, SUM, REAL)                                                                           \
+#define NOX_STORE_QUOTIENTS(TYPE)                                                                                      \
     template <>                                                                                                        \
-    NOX_TIERS void storeQuotients(const SUM *sums, TYPE *dst, int count, const Quotient<REAL> &by) {                   \
+    NOX_TIERS void storeQuotients(const Nox32s *sums, TYPE *dst, int count, const Quotient<Nox32f> &by) {              \
         divideSums(sums, dst, count, by);                                                                              \
+    }                                                                                                                  \
+    template <>                                                                                                        \
+    NOX_TIERS void storeQuotients(const Nox32s *sums, TYPE *dst, int count, const Quotient<Nox64f> &by) {              \
+        if (by.divisor == 1 || by.divisor == -1)                                                                       \
+            storeSums(sums, dst, count, by.divisor < 0);                                                               \
+        else                                                                                                           \
+            divideSums(sums, dst, count, by);                                                                          \
+    }                                                                                                                  \
+    template <>                                                                                                        \
+    NOX_TIERS void storeQuotients(const Nox64f *sums, TYPE *dst, int count, const Quotient<Nox64f> &by) {              \
+        alignas(32) Nox64f clamped[blockLength];                                                                       \
+        clampSums(sums, clamped, count, std::fabs(by.divisor) * beyond16Bits);                                         \
+        divideSums(clamped, dst, count, by);                                                                           \
     }
-NOX_STORE_QUOTIENTS(Nox16s, Nox32s, Nox32f)
-NOX_STORE_QUOTIENTS(Nox16s, Nox32s, Nox64f)
-NOX_STORE_QUOTIENTS(Nox16s, Nox64f, Nox64f)
-NOX_STORE_QUOTIENTS(Nox8u, Nox32s, Nox32f)
-NOX_STORE_QUOTIENTS(Nox8u, Nox32s, Nox64f)
-NOX_STORE_QUOTIENTS(Nox8u, Nox64f, Nox64f)
-NOX_STORE_QUOTIENTS(Nox8s, Nox32s, Nox32f)
-NOX_STORE_QUOTIENTS(Nox8s, Nox32s, Nox64f)
-NOX_STORE_QUOTIENTS(Nox8s, Nox64f, Nox64f)
+NOX_STORE_QUOTIENTS(Nox16s)
+NOX_STORE_QUOTIENTS(Nox8u)
+NOX_STORE_QUOTIENTS(Nox8s)
 
 NOX_TIERS void storeLowQuotients(const Nox32s *sums, Nox16s *dst, int count, const Quotient<Nox64f> &by) {
     const Quotient<Nox64f> local = by;
@@ -171,12 +203,14 @@ NOX_TIERS void storeLowProducts(const Nox32s *sums, Nox16s *dst, int count, int 
 }
 
 NOX_TIERS bool storeTruncated(const Nox64f *sums, Nox16s *dst, int count, Nox64f margin) {
-    bool doubtful = false;
+    alignas(32) Nox64f clamped[blockLength];
+    clampSums(sums, clamped, count, beyond16Bits);
     for (int x = 0; x < count; ++x)
-        dst[x] = truncateSaturated<Nox16s>(sums[x]);
+        dst[x] = saturate<Nox16s>(static_cast<int>(clamped[x]));
+    bool doubtful = false;
     if (margin > 0)
         for (int x = 0; x < count; ++x)
-            doubtful |= truncatesDoubtfully(sums[x], margin);
+            doubtful |= truncatesDoubtfully(clamped[x], margin);
     return doubtful;
 }
 
