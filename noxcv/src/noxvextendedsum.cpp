@@ -11,11 +11,13 @@ NOX_TIERS void spreadBits(const Nox32f *elements, int count, Nox32s &largest, No
     Nox32u small = 0xffffffffU;
     for (int x = 0; x < count; ++x) {
         const auto bits = std::bit_cast<Nox32s>(elements[x]);
-        large = std::max(large, bits & 0x7fffffff);
+        const Nox32s magnitude = bits & 0x7fffffff;
+        large = large < magnitude ? magnitude : large;
         // What goes with the lowest bit that is set: the last significant bit, or, of a power of two, at least half.
         const Nox32f last = elements[x] - std::bit_cast<Nox32f>(bits & (bits - 1));
         // Zeros become the largest of all.
-        small = std::min(small, (std::bit_cast<Nox32u>(last) & 0x7fffffffU) - 1);
+        const Nox32u less = (std::bit_cast<Nox32u>(last) & 0x7fffffffU) - 1;
+        small = small > less ? less : small;
     }
     largest = large;
     smallest = small;

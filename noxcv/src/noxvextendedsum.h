@@ -64,19 +64,25 @@ inline bool exactInFloat(const Spread &elements, double weight, double tapQuantu
 }
 
 /// Half the width of the zone around a midpoint, in units in the last place of the double sum.
-constexpr std::uint64_t midpointZone = 1U << 14;
+constexpr Nox32u midpointZone = 1U << 14;
 
 /// The magnitude from which the error of a double sum stays within the zone: `terms` roundings of sums whose magnitude
 /// is at most `bound`, 2^-53 of it each. (The extended sum's own error, 2^11 times smaller, is within the term more.)
-/// Nearer to zero, and where single precision has denormals, a double sum tells nothing.
-inline double certainFrom(double terms, double bound) { return std::max((terms + 1) * bound / midpointZone, 0x1p-125); }
+/// Nearer to zero, and where single precision has denormals, a double sum tells nothing. Infinite where the bound is.
+inline Nox32f certainFrom(double terms, double bound) {
+    const double certain = (terms + 1) * bound / midpointZone * (1 + 0x1p-22);
+    if (certain <= 0x1p-125)
+        return 0x1p-125F;
+    return certain <= 0x1p127 ? static_cast<Nox32f>(certain) : std::numeric_limits<Nox32f>::infinity();
+}
 
-/// Whether a double sum may round to another float than the extended one. The discarded bits of a midpoint are 1 and 28
-/// zeros. Not-a-numbers count as doubtful.
-NOX_INLINE bool roundsDoubtfully(double sum, double certain) {
-    constexpr std::uint64_t discarded = (1U << 29) - 1, half = 1U << 28;
-    const std::uint64_t shifted = std::bit_cast<std::uint64_t>(sum) + half + midpointZone;
-    return ((shifted & discarded & ~(2 * midpointZone - 1)) == 0) | !(std::fabs(sum) >= certain);
+/// Whether a double sum, rounded to single, may differ from the extended sum rounded to single. The bits of the double
+/// that rounding discards are, at a midpoint, 1 and 28 zeros.
+NOX_INLINE bool roundsDoubtfully(double sum, Nox32f rounded, Nox32f certain) {
+    constexpr Nox32u discarded = (1U << 29) - 1, half = 1U << 28;
+    const Nox32u shifted = static_cast<Nox32u>(std::bit_cast<std::uint64_t>(sum)) + half + midpointZone;
+    const bool atMidpoint = (shifted & discarded & ~(2 * midpointZone - 1)) == 0;
+    return atMidpoint | ((std::bit_cast<Nox32s>(rounded) & 0x7fffffff) < std::bit_cast<Nox32s>(certain));
 }
 
 } // namespace nox

@@ -25,35 +25,47 @@ struct SingleStep<LaplacianOuterOperator> : std::true_type {};
 template <>
 struct SingleStep<LaplacianMiddleOperator> : std::true_type {};
 
-/// Outputs in the arithmetic R.
-template <class Operator, class R, class Lines, class Out>
-NOX_INLINE void operateLines(const Lines &lines, Out *__restrict dst, int count) {
+template <class Operator, class Lines>
+NOX_TIERS void operateInFloat(const Lines &lines, Nox32f *__restrict dst, int count) {
+    const Lines local = lines;
     for (int x = 0; x < count; ++x)
-        dst[x] = static_cast<Out>(operate<Operator, R>(lines, x));
+        dst[x] = operate<Operator, Nox32f>(local, x);
 }
 
-#define NOX_OPERATE_LINES(NAME, REAL, OUT)                                                                             \
-    template <class Operator, class Lines>                                                                             \
-    NOX_TIERS void NAME(const Lines &lines, OUT *dst, int count) {                                                     \
-        const Lines local = lines;                                                                                     \
-        operateLines<Operator, REAL>(local, dst, count);                                                               \
+/// Sums in double; Out is double, or float to round them.
+template <class Operator, class T, int Taps, class Out>
+NOX_TIERS void operateInDouble(const Lines<T, Taps> &lines, Out *__restrict dst, int count) {
+    const Lines<T, Taps> local = lines;
+    for (int x = 0; x < count; ++x)
+        dst[x] = static_cast<Out>(operate<Operator, Nox64f>(local, x));
+}
+
+/// A row is converted once, block by block, and not once for each tap.
+template <class Operator, class Out>
+NOX_TIERS void operateInDouble(const RowWindow<Nox32f> &window, Out *__restrict dst, int count) {
+    alignas(32) Nox64f line[blockLength + Operator::taps];
+    const RowWindow<Nox64f> wide = {line, 1};
+    for (int first = 0; first < count; first += blockLength) {
+        const int length = std::min(blockLength, count - first);
+        for (int x = 0; x < length + Operator::taps - 1; ++x)
+            line[x] = window.first[first + x];
+        for (int x = 0; x < length; ++x)
+            dst[first + x] = static_cast<Out>(operate<Operator, Nox64f>(wide, x));
     }
-NOX_OPERATE_LINES(operateInFloat, Nox32f, Nox32f)
-NOX_OPERATE_LINES(operateInDouble, Nox64f, Nox32f)
-NOX_OPERATE_LINES(sumInDouble, Nox64f, Nox64f)
+}
 
 /// Blocks of double sums, tested; doubtful ones by the definition.
 template <class Operator, class Lines>
 void operateTested(const Lines &lines, Nox32f *dst, int count, const Spread &elements) {
-    const Nox64f certain = certainFrom(2 * Operator::taps, elements.largest * Operator::weight);
+    const Nox32f certain = certainFrom(2 * Operator::taps, elements.largest * Operator::weight);
     for (int x = 0; x < count; x += blockLength) {
         const int length = std::min(blockLength, count - x);
         const Lines here = lines.from(x);
         alignas(32) Nox64f sums[blockLength];
-        sumInDouble<Operator>(here, sums, length);
+        operateInDouble<Operator>(here, sums, length);
         if (storeRoundedTested(sums, dst + x, length, certain))
             for (int i = 0; i < length; ++i)
-                if (roundsDoubtfully(sums[i], certain))
+                if (roundsDoubtfully(sums[i], dst[x + i], certain))
                     dst[x + i] = static_cast<Nox32f>(operate<Operator, long double>(here, i));
     }
 }

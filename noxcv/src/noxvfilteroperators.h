@@ -132,16 +132,21 @@ struct Negative {
     }
 };
 
+/// An operator on what load(j) gives for line j.
+template <class Operator, class Load>
+NOX_INLINE auto operateOn(const Load &load) {
+    if constexpr (Operator::taps == 3)
+        return Operator::of(load(0), load(1), load(2));
+    else if constexpr (Operator::taps == 5)
+        return Operator::of(load(0), load(1), load(2), load(3), load(4));
+    else
+        return Operator::of(load(0), load(1), load(2), load(3), load(4), load(5));
+}
+
 /// Output x of an operator over lines, in the arithmetic R.
 template <class Operator, class R, class Lines>
 NOX_INLINE R operate(const Lines &lines, int x) {
-    if constexpr (Operator::taps == 3)
-        return Operator::of(R(lines[0][x]), R(lines[1][x]), R(lines[2][x]));
-    else if constexpr (Operator::taps == 5)
-        return Operator::of(R(lines[0][x]), R(lines[1][x]), R(lines[2][x]), R(lines[3][x]), R(lines[4][x]));
-    else
-        return Operator::of(R(lines[0][x]), R(lines[1][x]), R(lines[2][x]), R(lines[3][x]), R(lines[4][x]),
-                            R(lines[5][x]));
+    return operateOn<Operator>([&](int j) __attribute__((always_inline)) { return static_cast<R>(lines[j][x]); });
 }
 
 /// Taps pointers to lines of a column operator, in a form that the compiler keeps in registers.

@@ -48,8 +48,12 @@ void sumTaps(ColumnWindow<Nox16s> window, const Nox16s *taps, int tapCount, Nox6
 void sumTaps(RowWindow<Nox16s> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
 void sumTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
 void sumTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
+void sumTaps(ColumnWindow<Nox64f> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
 void sumTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
 void sumTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
+
+/// Floats as doubles.
+void widen(const Nox32f *src, Nox64f *dst, int count);
 
 /// Quotients, clamped and truncated.
 template <class T>
@@ -78,6 +82,6 @@ NOX_INLINE bool truncatesDoubtfully(Nox64f sum, Nox64f margin) {
 /// Sums rounded to single precision.
 void storeRounded(const Nox64f *sums, Nox32f *dst, int count);
 /// The same; true when roundsDoubtfully() holds for one of them.
-bool storeRoundedTested(const Nox64f *sums, Nox32f *dst, int count, Nox64f certain);
+bool storeRoundedTested(const Nox64f *sums, Nox32f *dst, int count, Nox32f certain);
 
 } // namespace nox

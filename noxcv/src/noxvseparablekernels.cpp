@@ -75,28 +75,44 @@ NOX_INLINE void addTaps(Window window, const Tap *taps, int j, Real *__restrict 
     }
 }
 
-template <int Count>
-using Taps = std::make_integer_sequence<int, Count>;
-
-template <class Window, class Tap, class Real>
+/// Groups of taps, so many that their weights stay in registers; the first group starts the sums.
+template <bool First, class Window, class Tap, class Real>
 NOX_INLINE void sumReals(Window window, const Tap *taps, int tapCount, Real *sums, int count) {
     if (tapCount == 5)
-        return addTaps<true>(window, taps, 0, sums, count, Taps<5>());
+        return addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 5>());
     switch (tapCount % 4) {
     case 1:
-        addTaps<true>(window, taps, 0, sums, count, Taps<1>());
+        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 1>());
         break;
     case 2:
-        addTaps<true>(window, taps, 0, sums, count, Taps<2>());
+        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 2>());
         break;
     case 3:
-        addTaps<true>(window, taps, 0, sums, count, Taps<3>());
+        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 3>());
         break;
     default:
-        addTaps<true>(window, taps, 0, sums, count, Taps<4>());
+        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 4>());
     }
     for (int j = (tapCount - 1) % 4 + 1; j < tapCount; j += 4)
-        addTaps<false>(window, taps, j, sums, count, Taps<4>());
+        addTaps<false>(window, taps, j, sums, count, std::make_integer_sequence<int, 4>());
+}
+
+/// Sums in double along a row: its elements are converted once and not once for each tap, for some taps at a time.
+template <class T, class Tap>
+NOX_INLINE void sumConverted(RowWindow<T> window, const Tap *taps, int tapCount, Nox64f *sums, int count) {
+    constexpr int most = 64;
+    alignas(32) Nox64f line[blockLength + 3 * most];
+    const RowWindow<Nox64f> wide = {line, window.stride};
+    for (int j = 0; j < tapCount; j += most) {
+        const int some = std::min(most, tapCount - j), length = count + static_cast<int>(window.stride) * (some - 1);
+        const T *from = window[j];
+        for (int x = 0; x < length; ++x)
+            line[x] = from[x];
+        if (j == 0)
+            sumReals<true>(wide, taps, some, sums, count);
+        else
+            sumReals<false>(wide, taps + j, some, sums, count);
+    }
 }
 
 template <class Sum, class T, class Real>
@@ -114,9 +130,10 @@ NOX_INLINE void divideSums(const Sum *sums, T *dst, int count, const Quotient<Re
 /// Divisors of 1 and -1: the one quotient that does not fit 32 bits, of -2^31, is avoided.
 template <class T>
 NOX_INLINE void storeSums(const Nox32s *sums, T *dst, int count, bool negative) {
+    constexpr Nox32s highest = std::numeric_limits<Nox32s>::max();
     if (negative) {
         for (int x = 0; x < count; ++x)
-            dst[x] = saturate<T>(-std::max(sums[x], -std::numeric_limits<Nox32s>::max()));
+            dst[x] = saturate<T>(sums[x] < -highest ? highest : -sums[x]);
     } else {
         for (int x = 0; x < count; ++x)
             dst[x] = saturate<T>(sums[x]);
@@ -150,17 +167,23 @@ NOX_SUM_INTEGERS(RowWindow<Nox8u>)
 NOX_SUM_INTEGERS(RowWindow<Nox16s>)
 NOX_SUM_INTEGERS(ColumnWindow<Nox16s>)
 
-#define NOX_SUM_REALS(WINDOW, TAP, REAL)                                                                               \
+#define NOX_SUM_REALS(WINDOW, TAP, REAL, SUM)                                                                          \
     NOX_TIERS void sumTaps(WINDOW window, const TAP *taps, int tapCount, REAL *sums, int count) {                      \
-        sumReals(window, taps, tapCount, sums, count);                                                                 \
+        SUM(window, taps, tapCount, sums, count);                                                                      \
     }
-NOX_SUM_REALS(RowWindow<Nox16s>, Nox16s, Nox64f)
-NOX_SUM_REALS(ColumnWindow<Nox16s>, Nox16s, Nox64f)
-NOX_SUM_REALS(RowWindow<Nox16s>, Nox32f, Nox64f)
-NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox64f)
-NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox64f)
-NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox32f)
-NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f)
+NOX_SUM_REALS(RowWindow<Nox16s>, Nox16s, Nox64f, sumConverted)
+NOX_SUM_REALS(ColumnWindow<Nox16s>, Nox16s, Nox64f, sumReals<true>)
+NOX_SUM_REALS(RowWindow<Nox16s>, Nox32f, Nox64f, sumConverted)
+NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox64f, sumConverted)
+NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox64f, sumReals<true>)
+NOX_SUM_REALS(ColumnWindow<Nox64f>, Nox32f, Nox64f, sumReals<true>)
+NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox32f, sumReals<true>)
+NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f, sumReals<true>)
+
+NOX_TIERS void widen(const Nox32f *src, Nox64f *dst, int count) {
+    for (int x = 0; x < count; ++x)
+        dst[x] = src[x];
+}
 
 #define NOX_STORE_QUOTIENTS(TYPE)                                                                                      \
     template <>                                                                                                        \
@@ -219,13 +242,16 @@ NOX_TIERS void storeRounded(const Nox64f *sums, Nox32f *dst, int count) {
         dst[x] = static_cast<Nox32f>(sums[x]);
 }
 
-NOX_TIERS bool storeRoundedTested(const Nox64f *sums, Nox32f *dst, int count, Nox64f certain) {
-    bool doubtful = false;
+NOX_TIERS bool storeRoundedTested(const Nox64f *sums, Nox32f *dst, int count, Nox32f certain) {
+    alignas(32) Nox32f rounded[blockLength];
+    for (int x = 0; x < count; ++x)
+        rounded[x] = static_cast<Nox32f>(sums[x]);
+    int doubtful = 0;
     for (int x = 0; x < count; ++x) {
-        dst[x] = static_cast<Nox32f>(sums[x]);
-        doubtful |= roundsDoubtfully(sums[x], certain);
+        dst[x] = rounded[x];
+        doubtful |= roundsDoubtfully(sums[x], rounded[x], certain) ? 1 : 0;
     }
-    return doubtful;
+    return doubtful != 0;
 }
 
 } // namespace nox

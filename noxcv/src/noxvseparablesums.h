@@ -231,10 +231,10 @@ public:
             storeRounded(sums, dst, count);
             return;
         }
-        const Nox64f certain = certainFrom(tapCount_, elements.largest * spread_.weight);
+        const Nox32f certain = certainFrom(tapCount_, elements.largest * spread_.weight);
         if (storeRoundedTested(sums, dst, count, certain))
             for (int x = 0; x < count; ++x)
-                if (roundsDoubtfully(sums[x], certain))
+                if (roundsDoubtfully(sums[x], dst[x], certain))
                     dst[x] = one(window.from(x));
     }
 
