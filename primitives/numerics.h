@@ -16,7 +16,10 @@ namespace nox {
 template <class T, class Int>
 NOX_INLINE T saturate(Int value) {
     constexpr Int low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
-    return static_cast<T>(value < low ? low : value > high ? high : value);
+    // Two steps, which become one instruction each; in one expression with the cast they do not.
+    const Int raised = value < low ? low : value;
+    const Int clamped = raised > high ? high : raised;
+    return static_cast<T>(clamped);
 }
 
 /// Clamps to the range of T, then truncates toward zero. Real is float, double or long double.

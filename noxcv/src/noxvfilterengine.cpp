@@ -1,0 +1,198 @@
+// The engine of the fixed border filters: a ring of filtered rows, as high as the window, goes down the image. Each
+// step filters one row more into the ring and one window out of it, so that the rows stay in the nearest cache.
+#include <algorithm>
+#include <cstdint>
+
+#include "borders.h"
+#include "noxvfilterborder.h"
+#include "numerics.h"
+#include "rows.h"
+
+using namespace nox;
+
+namespace {
+
+/// Rows of 16 bits need no description.
+struct Nothing {};
+Nothing join(Nothing, Nothing) { return {}; }
+
+constexpr int largestWindow = 5;
+
+/// The value of a constant row: the border value times the sum of the row taps.
+Nox16s constantRow(const FixedFilter<Nox8u, Nox16s> &filter) {
+    int sum = 0;
+    for (int j = 0; j < filter.rowTapCount; ++j)
+        sum += filter.rowTaps[j];
+    return saturate<Nox16s>(sum * filter.borderValue);
+}
+Nox32f constantRow(const FixedFilter<Nox32f, Nox32f> &filter) {
+    Nox32f sum = 0;
+    for (int j = 0; j < filter.rowTapCount; ++j)
+        sum += filter.rowTaps[j];
+    return sum * filter.borderValue;
+}
+
+/// A ring of rows of Mid, each with a description of its elements.
+template <class Mid, class About, class Pixel, class RowStage>
+class Ring {
+public:
+    Ring(Rows<const Pixel> src, NoxiSize size, const FixedFilter<Pixel, Mid> &filter, RowStage stage, Nox8u *buffer)
+        : src_(src), size_(size), filter_(filter), stage_(stage), height_(filter.columnTapCount),
+          length_(std::ptrdiff_t{ringRowLength(size.width)} * (filter.rowIndex == laplacianRow ? 2 : 1)),
+          rows_(reinterpret_cast<Mid *>(alignUp(buffer, 32))) {}
+
+    /// Fetches image row y, which may lie outside the image, as the window's last.
+    void push(int y) {
+        std::copy(window_ + 1, window_ + height_, window_);
+        std::copy(about_ + 1, about_ + height_, about_);
+        Mid *row = rows_ + next_ * length_;
+        next_ = next_ + 1 == height_ ? 0 : next_ + 1;
+        window_[height_ - 1] = row;
+        about_[height_ - 1] = fetch(y, row);
+    }
+
+    const Mid *const *window() const { return window_; }
+    About about() const {
+        About all = about_[0];
+        for (int j = 1; j < height_; ++j)
+            all = join(all, about_[j]);
+        return all;
+    }
+
+private:
+    About fetch(int y, Mid *row) const {
+        const bool outside = y < 0 || y >= size_.height;
+        if (outside && filter_.borderType == noxBorderConstant) {
+            std::fill_n(row, size_.width, constantRow(filter_));
+            return stage_.describe(row);
+        }
+        return stage_.filter(src_[borderIndex(y, size_.height, filter_.borderType)], row);
+    }
+
+    Rows<const Pixel> src_;
+    NoxiSize size_;
+    const FixedFilter<Pixel, Mid> &filter_;
+    RowStage stage_;
+    int height_, next_ = 0;
+    std::ptrdiff_t length_;
+    Mid *rows_;
+    const Mid *window_[largestWindow] = {};
+    About about_[largestWindow] = {};
+};
+
+struct RowStage8u {
+    RowKernel8u16s kernel;
+    int width, borderType;
+    Nox8u borderValue;
+
+    Nothing filter(const Nox8u *src, Nox16s *row) const {
+        kernel(src, row, width, borderType, borderValue);
+        return {};
+    }
+    Nothing describe(const Nox16s *) const { return {}; }
+};
+
+struct RowStage32f {
+    RowKernel32f kernel;
+    int width, borderType;
+    Nox32f borderValue;
+
+    Spread filter(const Nox32f *src, Nox32f *row) const { return kernel(src, row, width, borderType, borderValue); }
+    Spread describe(const Nox32f *row) const { return spreadOf(row, 1); }
+};
+
+/// Rows of the slice: column(window, description, row of dst) for each.
+template <class Mid, class About, class RowStage, class Pixel, class Out, class Column>
+void convolve(Rows<const Pixel> src, Rows<Out> dst, NoxiSize size, const FixedFilter<Pixel, Mid> &filter,
+              RowStage stage, Nox8u *buffer, const Slice &slice, const Column &column) {
+    if (slice.count < 1)
+        return;
+    const int reach = filter.columnTapCount / 2;
+    Ring<Mid, About, Pixel, RowStage> ring(src, size, filter, stage, buffer);
+    for (int y = slice.first - reach; y < slice.first + reach; ++y)
+        ring.push(y);
+    for (int y = slice.first; y < slice.first + slice.count; ++y) {
+        ring.push(y + reach);
+        column(ring.window(), ring.about(), dst[y]);
+    }
+}
+
+RowStage8u rowStage(const FixedFilter<Nox8u, Nox16s> &filter, int width) {
+    return {owntabRow_8u16s[filter.rowIndex], width, filter.borderType, filter.borderValue};
+}
+
+} // namespace
+
+extern "C" {
+
+void ownFilterConvolution_8u16s_C1R_omp(Rows<const Nox8u> src, Rows<Nox16s> dst, NoxiSize size,
+                                        const FixedFilter<Nox8u, Nox16s> &filter, Nox8u *buffer, const Slice &slice) {
+    const ColumnKernel16s kernel = owntabColumn_8u16s[filter.columnIndex];
+    convolve<Nox16s, Nothing>(src, dst, size, filter, rowStage(filter, size.width), buffer, slice,
+                              [&](const Nox16s *const *rows, Nothing, Nox16s *out) { kernel(rows, out, size.width); });
+}
+
+void ownFilterConvolution_8u8s_C1R_omp(Rows<const Nox8u> src, Rows<Nox8s> dst, NoxiSize size,
+                                       const FixedFilter<Nox8u, Nox16s> &filter, int divisor, Nox8u *buffer,
+                                       const Slice &slice) {
+    const ColumnKernel16s8s kernel = owntabColumn_8u8s[filter.columnIndex];
+    const Quotient<Nox32f> by = makeQuotient<Nox32f>(divisor);
+    convolve<Nox16s, Nothing>(
+        src, dst, size, filter, rowStage(filter, size.width), buffer, slice,
+        [&](const Nox16s *const *rows, Nothing, Nox8s *out) { kernel(rows, out, size.width, by); });
+}
+
+void ownFilterConvolution_8u_C1R_omp(Rows<const Nox8u> src, Rows<Nox8u> dst, NoxiSize size,
+                                     const FixedFilter<Nox8u, Nox16s> &filter, Nox8u *buffer, const Slice &slice) {
+    const ColumnKernel16s8u kernel = owntabColumn_8u[filter.columnIndex];
+    convolve<Nox16s, Nothing>(src, dst, size, filter, rowStage(filter, size.width), buffer, slice,
+                              [&](const Nox16s *const *rows, Nothing, Nox8u *out) { kernel(rows, out, size.width); });
+}
+
+void ownFilterConvolution_32f_C1R_omp(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize size,
+                                      const FixedFilter<Nox32f, Nox32f> &filter, Nox8u *buffer, const Slice &slice) {
+    const ColumnKernel32f kernel = owntabColumn_32f[filter.columnIndex];
+    const RowStage32f stage = {owntabRow_32f[filter.rowIndex], size.width, filter.borderType, filter.borderValue};
+    convolve<Nox32f, Spread>(
+        src, dst, size, filter, stage, buffer, slice,
+        [&](const Nox32f *const *rows, const Spread &spread, Nox32f *out) { kernel(rows, out, size.width, spread); });
+}
+
+// The whole image is a slice. The column taps are built into the kernels; the divisor of 8u is, too.
+void ownFilterConvolution_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep, int width, int height,
+                                    const Nox16s *rowTaps, int rowTapCount, const Nox16s * /*columnTaps*/,
+                                    int columnTapCount, int borderType, Nox8u borderValue, Nox8u *buffer, int rowIndex,
+                                    int columnIndex) {
+    ownFilterConvolution_8u16s_C1R_omp(
+        {src, srcStep}, {dst, dstStep}, {width, height},
+        {rowTaps, rowTapCount, columnTapCount, rowIndex, columnIndex, borderType, borderValue}, buffer, {0, height, 0});
+}
+
+void ownFilterConvolution_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, int width, int height,
+                                   const Nox16s *rowTaps, int rowTapCount, const Nox16s * /*columnTaps*/,
+                                   int columnTapCount, int borderType, Nox8u borderValue, Nox8u *buffer, int rowIndex,
+                                   int columnIndex, int divisor) {
+    ownFilterConvolution_8u8s_C1R_omp(
+        {src, srcStep}, {dst, dstStep}, {width, height},
+        {rowTaps, rowTapCount, columnTapCount, rowIndex, columnIndex, borderType, borderValue}, divisor, buffer,
+        {0, height, 0});
+}
+
+void ownFilterConvolution_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, int width, int height,
+                                 const Nox16s *rowTaps, int rowTapCount, const Nox16s * /*columnTaps*/,
+                                 int columnTapCount, int borderType, Nox8u borderValue, Nox8u *buffer, int rowIndex,
+                                 int columnIndex, int /*divisor*/) {
+    ownFilterConvolution_8u_C1R_omp(
+        {src, srcStep}, {dst, dstStep}, {width, height},
+        {rowTaps, rowTapCount, columnTapCount, rowIndex, columnIndex, borderType, borderValue}, buffer, {0, height, 0});
+}
+
+void ownFilterConvolution_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, int width, int height,
+                                  const Nox32f *rowTaps, int rowTapCount, const Nox32f * /*columnTaps*/,
+                                  int columnTapCount, int borderType, Nox32f borderValue, Nox8u *buffer, int rowIndex,
+                                  int columnIndex) {
+    ownFilterConvolution_32f_C1R_omp(
+        {src, srcStep}, {dst, dstStep}, {width, height},
+        {rowTaps, rowTapCount, columnTapCount, rowIndex, columnIndex, borderType, borderValue}, buffer, {0, height, 0});
+}
+}

@@ -1,0 +1,136 @@
+// Gaussian filter of any odd size, in single precision.
+//
+// Rows are filtered into a ring as high as the kernel, and columns out of the ring: the image is read and written once.
+#include "noxvgauss.h"
+
+#include <xmmintrin.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "checks.h"
+#include "noxcv/filter.h"
+#include "noxvseparable.h"
+#include "rows.h"
+
+using namespace nox;
+
+namespace {
+
+/// One row, with the edge pixels repeated in scratch.
+void filterRow(const Nox32f *src, Nox32f *dst, int width, const Nox32f *taps, int tapCount, Nox32f *scratch) {
+    const int reach = tapCount / 2;
+    std::fill_n(scratch, reach, src[0]);
+    std::copy_n(src, width, scratch + reach);
+    std::fill_n(scratch + reach + width, reach, src[width - 1]);
+    sumTaps(RowWindow<Nox32f>{scratch, 1}, taps, tapCount, dst, width);
+}
+
+/// exp(-d^2 / (2 sigma^2)) over the sum of such values, of one more than there are taps.
+void gaussTaps(Nox32f *taps, int tapCount, Nox32f sigma) {
+    const int reach = tapCount / 2;
+    Nox32f sum = 0;
+    for (int i = 0; i <= tapCount; ++i) {
+        const auto distance = static_cast<Nox32f>(i - reach);
+        const Nox32f exponent = (0.0F - distance * distance) / ((sigma + sigma) * sigma);
+        const auto value = static_cast<Nox32f>(std::exp(static_cast<double>(exponent)));
+        sum += value;
+        if (i < tapCount)
+            taps[i] = value;
+    }
+    // Whole groups of 8 behind a 16-byte boundary are multiplied by a reciprocal: an estimate with one Newton step.
+    int grouped = 0, behind = 0;
+    const auto address = reinterpret_cast<std::uintptr_t>(taps);
+    if (tapCount >= 11 && address % sizeof(Nox32f) == 0) {
+        grouped = static_cast<int>((16 - address % 16) % 16 / sizeof(Nox32f));
+        behind = grouped + (tapCount - grouped) / 8 * 8;
+    }
+    const Nox32f estimate = _mm_cvtss_f32(_mm_rcp_ss(_mm_set_ss(sum)));
+    const Nox32f reciprocal = (estimate + estimate) - sum * estimate * estimate;
+    for (int i = 0; i < tapCount; ++i)
+        taps[i] = i >= grouped && i < behind ? taps[i] * reciprocal : taps[i] / sum;
+}
+
+NoxStatus checkKernelSize(int kernelSize) { return require(kernelSize >= 3 && kernelSize % 2 == 1, noxStsBadArgument); }
+
+/// Row y of an image whose edge rows are repeated.
+int clampedRow(int y, int height) { return std::clamp(y, 0, height - 1); }
+
+/// Where the parts of the work buffer lie: taps, a row with its margins, row pointers, the ring.
+struct WorkBuffer {
+    Nox32f *taps, *scratch;
+    const Nox32f **window;
+    Nox32f *ring;
+    std::ptrdiff_t ringStep; ///< elements from row to row
+
+    WorkBuffer(Nox8u *buffer, int width, int tapCount)
+        : taps(reinterpret_cast<Nox32f *>(buffer)), scratch(taps + tapCount),
+          window(reinterpret_cast<const Nox32f **>(alignUp(scratch + width + tapCount - 1, sizeof(void *)))),
+          ring(reinterpret_cast<Nox32f *>(alignUp(window + tapCount, 16))), ringStep(roundUp(width, 4)) {}
+};
+
+void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tapCount, const WorkBuffer &work) {
+    const int reach = tapCount / 2;
+    int filtered = -1; // the last row in the ring
+    for (int y = 0; y < roi.height; ++y) {
+        while (filtered < clampedRow(y + reach, roi.height)) {
+            ++filtered;
+            ownRowConvolution(src[filtered], 0, work.ring + filtered % tapCount * work.ringStep, 0, roi.width, 1,
+                              work.taps, tapCount, work.scratch);
+        }
+        for (int j = 0; j < tapCount; ++j)
+            work.window[j] = work.ring + clampedRow(y + j - reach, roi.height) % tapCount * work.ringStep;
+        sumTaps(ColumnWindow<Nox32f>{work.window, 0}, work.taps, tapCount, dst[y], roi.width);
+    }
+}
+
+} // namespace
+
+void ownRowConvolution(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, int width, int height,
+                       const Nox32f *taps, int K, Nox32f *scratch) {
+    const Rows<const Nox32f> from = {src, srcStep};
+    const Rows<Nox32f> to = {dst, dstStep};
+    for (int y = 0; y < height; ++y)
+        filterRow(from[y], to[y], width, taps, K, scratch);
+}
+
+void ownColConvolution(Nox32f *dst, int dstStep, int width, int height, const Nox32f *taps, int K, Nox32f *scratch) {
+    const Rows<Nox32f> rows = {dst, dstStep};
+    const int reach = K / 2;
+    for (int x = 0; x < width; ++x) {
+        for (int i = 0; i < height + K - 1; ++i)
+            scratch[i] = rows[clampedRow(i - reach, height)][x];
+        for (int y = 0; y < height; y += blockLength) {
+            Nox32f sums[blockLength];
+            const int length = std::min(blockLength, height - y);
+            sumTaps(RowWindow<Nox32f>{scratch + y, 1}, taps, K, sums, length);
+            for (int i = 0; i < length; ++i)
+                rows[y + i][x] = sums[i];
+        }
+    }
+}
+
+NoxStatus noxiFilterGaussGetBufferSize_32f_C1R(NoxiSize roi, int kernelSize, int *size) {
+    const NoxStatus status = firstFailure(checkPointers(size), checkSize(roi), checkKernelSize(kernelSize));
+    if (status == noxStsNoError) {
+        const long long K = kernelSize, width = (roi.width + 3LL) / 4 * 4;
+        *size = static_cast<int>(((width + K) * (roi.height + K) + K) * 4 + 64);
+    }
+    return status;
+}
+
+// The steps are measured in pixels: this filter accepts rows that overlap.
+NoxStatus noxiFilterGaussBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                        int kernelSize, Nox32f sigma, int /*borderType*/, Nox32f /*borderValue*/,
+                                        Nox8u *buffer) {
+    const NoxStatus status =
+        firstFailure(checkPointers(src, dst, buffer), checkSize(roi), checkStep<Nox8u>(srcStep, roi.width),
+                     checkStep<Nox8u>(dstStep, roi.width), checkKernelSize(kernelSize));
+    if (status == noxStsNoError) {
+        const WorkBuffer work(buffer, roi.width, kernelSize);
+        gaussTaps(work.taps, kernelSize, sigma);
+        filterImage({src, srcStep}, {dst, dstStep}, roi, kernelSize, work);
+    }
+    return status;
+}
