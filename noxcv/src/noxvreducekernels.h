@@ -20,36 +20,63 @@ struct Line {
 template <class T>
 struct Line<T, 1> {};
 
+/// Every third element. A function of its own, since its loop is long and serves every kernel.
+template <class T>
+[[gnu::noinline]] NOX_LANES_TARGET void pickThird(const T *from, int n, T *to) {
+    for (int i = 0; i < n; ++i)
+        to[i] = from[static_cast<std::ptrdiff_t>(i) * 3];
+}
+
 /// n pixels of one channel from pixel x on: in place, or picked out into a line.
 template <class T, int channels>
 NOX_LANES const T *pixelsOf(const T *row, int x, int n, int channel, Line<T, channels> &line) {
     if constexpr (channels == 1) {
         return row + x;
     } else {
-        const T *from = row + static_cast<std::ptrdiff_t>(x) * channels + channel;
-        for (int i = 0; i < n; ++i)
-            line.pixels[i] = from[static_cast<std::ptrdiff_t>(i) * channels];
+        static_assert(channels == 3);
+        pickThird(row + static_cast<std::ptrdiff_t>(x) * channels + channel, n, line.pixels);
         return line.pixels;
     }
 }
+
+/// Copies n elements, fewer than `most`. Rows end with this all the time, so it calls nothing.
+template <int most, class T>
+NOX_LANES void copyFew(T *to, const T *from, int n) {
+    if constexpr (most > 1) {
+        constexpr int half = most / 2;
+        if ((n & half) != 0) {
+            __builtin_memcpy(to, from, half * sizeof(T));
+            to += half;
+            from += half;
+        }
+        copyFew<half>(to, from, n);
+    }
+}
+
+/// Mask bytes for the end of a row.
+constexpr auto onThenOff = [] {
+    struct {
+        Nox8u bytes[2 * lanesOf<Nox8u>] = {};
+    } all;
+    for (int i = 0; i < lanesOf<Nox8u>; ++i)
+        all.bytes[i] = 1;
+    return all;
+}();
 
 /// The last n pixels of a row, followed by zeros.
 template <class T, int lanes = lanesOf<T>>
 struct Tail {
     T pixels[lanes] = {};
-    NOX_LANES Tail(const T *from, int n) {
-        for (int i = 0; i < n; ++i)
-            pixels[i] = from[i];
-    }
+    NOX_LANES Tail(const T *from, int n) { copyFew<lanes>(pixels, from, n); }
 };
 
-/// Mask bytes of a row's last n pixels, followed by zeros; all on where there is no mask.
+/// Off lanes of a row's last n pixels: all behind them, and those that the mask turns off.
 template <class T, bool masked>
 NOX_LANES U8 offTail(const Nox8u *mask, int n) {
-    Nox8u bytes[lanesOf<T>] = {};
-    for (int i = 0; i < n; ++i)
-        bytes[i] = masked ? mask[i] : 1;
-    return offLanes<T>(bytes);
+    if constexpr (masked)
+        return offLanes<T>(Tail<Nox8u, lanesOf<T>>(mask, n).pixels);
+    else
+        return offLanes<T>(onThenOff.bytes + (lanesOf<Nox8u> - n));
 }
 
 /// One line of pixels through a kernel.
@@ -116,11 +143,14 @@ NOX_LANES void walkInterleaved(const Region<T> &region, Kernel &kernel) {
                     const U8 v = load<U8>(from + x + i * vectorBytes);
                     kernel.step(v, v, off[i]);
                 }
-            for (int i = 0; x < n; x += vectorBytes, ++i, ++steps) {
-                const int rest = std::min(vectorBytes, n - x);
-                const U8 v = load<U8>(Tail<T>(from + x, rest).pixels);
-                kernel.step(v, v, off[i] | offTail<T, false>(nullptr, rest));
-            }
+            for (int i = 0; x < n; x += vectorBytes, ++i, ++steps)
+                if (n - x >= vectorBytes) {
+                    const U8 v = load<U8>(from + x);
+                    kernel.step(v, v, off[i]);
+                } else {
+                    const U8 v = load<U8>(Tail<T>(from + x, n - x).pixels);
+                    kernel.step(v, v, off[i] | offTail<T, false>(nullptr, n - x));
+                }
             kernel.widen(steps);
         }
 }
@@ -273,9 +303,11 @@ struct CentredTerms {
     NOX_LANES void apply(F32 a, F32, F32 *terms) const { terms[0] = (a - mean) * (a - mean); }
 };
 
-/// Rows that run side by side: two vectors of them.
+/// Vectors of rows that run side by side, to hide the time of an addition.
 constexpr int rowVectors = 2;
 constexpr int rowsTogether = rowVectors * rowsPerVector;
+template <class Terms>
+using Lanes = F32[rowVectors][Terms::count];
 
 struct RowPointers {
     const Nox32f *a[rowsTogether], *b[rowsTogether];
@@ -284,7 +316,7 @@ struct RowPointers {
 
 /// Adds the terms of pixels x to x + 3 of all rows to the lanes.
 template <class Terms, bool two, bool masked>
-NOX_LANES void addTerms(const Terms &terms, const RowPointers &rows, int x, F32 (&lanes)[rowVectors][Terms::count]) {
+NOX_LANES void addTerms(const Terms &terms, const RowPointers &rows, int x, Lanes<Terms> &lanes) {
     for (int i = 0; i < rowVectors; ++i) {
         const int first = i * rowsPerVector;
         const F32 a = loadRows(rows.a + first, x);
@@ -297,17 +329,15 @@ NOX_LANES void addTerms(const Terms &terms, const RowPointers &rows, int x, F32 
 
 /// Adds the terms of the last n pixels, 1 to 3, of all rows.
 template <class Terms, bool two, bool masked>
-NOX_LANES void addLastTerms(const Terms &terms, const RowPointers &rows, int x, int n,
-                            F32 (&lanes)[rowVectors][Terms::count]) {
+NOX_LANES void addLastTerms(const Terms &terms, const RowPointers &rows, int x, int n, Lanes<Terms> &lanes) {
     Nox32f a[rowsTogether][4] = {}, b[rowsTogether][4] = {};
     Nox8u mask[rowsTogether][4] = {};
     RowPointers last;
     for (int row = 0; row < rowsTogether; ++row) {
-        for (int i = 0; i < n; ++i) {
-            a[row][i] = rows.a[row][x + i];
-            b[row][i] = two ? rows.b[row][x + i] : 0;
-            mask[row][i] = masked ? rows.mask[row][x + i] : 1;
-        }
+        copyFew<4>(a[row], rows.a[row] + x, n);
+        if (two)
+            copyFew<4>(b[row], rows.b[row] + x, n);
+        copyFew<4>(mask[row], masked ? rows.mask[row] + x : onThenOff.bytes, n);
         last.a[row] = a[row];
         last.b[row] = b[row];
         last.mask[row] = mask[row];
@@ -322,7 +352,7 @@ NOX_LANES Slots<Nox64f, Terms::count> sumFloats(const Region<Nox32f> &region, co
     long double totals[Terms::count] = {};
     Line<Nox32f, channels> line1[rowsTogether], line2[rowsTogether];
     for (int y = 0; y < region.height; y += rowsTogether) {
-        F32 lanes[rowVectors][Terms::count] = {};
+        Lanes<Terms> lanes = {};
         for (int first = 0; first < region.width;) {
             const int n = std::min(run, region.width - first);
             RowPointers rows;
@@ -514,16 +544,18 @@ NOX_LANES_TARGET Extrema<T> extremaBlock(const Region<T> &region) {
     return best;
 }
 
-/// The first pixel of a line that is under the mask and equals value, or n.
-template <class T, bool masked>
-NOX_LANES int firstInLine(const T *a, const Nox8u *mask, int n, T value) {
-    using V = typename VectorOf<T>::Type;
-    const V wanted = V{} + static_cast<Level<T>>(value);
+/// The first pixel of a row that is under the mask and equals value, or n. `a` is the first pixel's channel.
+template <class T, int channels, bool masked>
+NOX_LANES int firstInRow(const T *a, const Nox8u *mask, int n, T value) {
     int x = 0;
-    for (; x <= n - lanesOf<T>; x += lanesOf<T>)
-        if (any(clearOff((U8)(load<V>(a + x) == wanted), masked ? offLanes<T>(mask + x) : U8{})))
-            break;
-    while (x < n && ((masked && mask[x] == 0) || a[x] != value))
+    if constexpr (channels == 1) {
+        using V = typename VectorOf<T>::Type;
+        const V wanted = V{} + static_cast<Level<T>>(value);
+        for (; x <= n - lanesOf<T>; x += lanesOf<T>)
+            if (any(clearOff((U8)(load<V>(a + x) == wanted), masked ? offLanes<T>(mask + x) : U8{})))
+                break;
+    }
+    while (x < n && ((masked && mask[x] == 0) || a[static_cast<std::ptrdiff_t>(x) * channels] != value))
         ++x;
     return x;
 }
@@ -532,17 +564,12 @@ NOX_LANES int firstInLine(const T *a, const Nox8u *mask, int n, T value) {
 /// none.
 template <class T, int channels, bool masked>
 NOX_LANES_TARGET NoxiPoint firstEqual(const Region<T> &region, int row, T value) {
-    constexpr int run = channels == 1 ? INT_MAX : lineLength;
-    Line<T, channels> line;
-    for (int y = row; y < region.height; ++y)
-        for (int x = 0; x < region.width;) {
-            const int n = std::min(run, region.width - x);
-            const T *a = pixelsOf<T, channels>(region.src1[y], x, n, region.channel, line);
-            const int found = firstInLine<T, masked>(a, masked ? region.mask[y] + x : nullptr, n, value);
-            if (found < n)
-                return {x + found, y};
-            x += n;
-        }
+    for (int y = row; y < region.height; ++y) {
+        const T *a = region.src1[y] + region.channel;
+        const int x = firstInRow<T, channels, masked>(a, masked ? region.mask[y] : nullptr, region.width, value);
+        if (x < region.width)
+            return {x, y};
+    }
     return {-1, -1};
 }
 
