@@ -1,0 +1,170 @@
+// Vectors of the processor tier that is being compiled. No include guard: a header of kernels includes this once per
+// tier, inside that tier's namespace, with NOX_LANES_BYTES (16 or 32) and NOX_LANES_TARGET (the function attribute)
+// defined, and undefines NOX_LANES after its kernels. Comparisons give lanes of all ones or all zeros; lanes are
+// reinterpreted by a cast.
+
+#define NOX_LANES [[gnu::always_inline]] NOX_LANES_TARGET inline
+
+constexpr int vectorBytes = NOX_LANES_BYTES;
+constexpr int rowsPerVector = vectorBytes / 16; ///< how many rows' four-lane sums one vector holds
+
+using U8 [[gnu::vector_size(vectorBytes)]] = Nox8u;
+using U16 [[gnu::vector_size(vectorBytes)]] = Nox16u;
+using U32 [[gnu::vector_size(vectorBytes)]] = Nox32u;
+using U64 [[gnu::vector_size(vectorBytes)]] = std::uint64_t;
+using F32 [[gnu::vector_size(vectorBytes)]] = Nox32f;
+
+/// The vector that elements of T are loaded into; signed bytes are handled as unsigned ones.
+template <class T>
+struct VectorOf;
+template <>
+struct VectorOf<Nox8u> {
+    using Type = U8;
+};
+template <>
+struct VectorOf<Nox8s> {
+    using Type = U8;
+};
+template <>
+struct VectorOf<Nox16u> {
+    using Type = U16;
+};
+template <>
+struct VectorOf<Nox32f> {
+    using Type = F32;
+};
+template <class T>
+constexpr int lanesOf = vectorBytes / static_cast<int>(sizeof(T));
+
+template <class V>
+NOX_LANES V load(const void *from) {
+    V v;
+    __builtin_memcpy(&v, from, sizeof(v));
+    return v;
+}
+
+/// The larger lanes; a not-a-number in v is passed over.
+template <class V>
+NOX_LANES V larger(V v, V best) {
+    return v > best ? v : best;
+}
+NOX_LANES F32 larger(F32 v, F32 best) {
+#if NOX_LANES_BYTES == 32
+    return (F32)_mm256_max_ps((__m256)v, (__m256)best);
+#else
+    return (F32)_mm_max_ps((__m128)v, (__m128)best);
+#endif
+}
+
+/// The smaller lanes; a not-a-number in v is passed over.
+template <class V>
+NOX_LANES V smaller(V v, V best) {
+    return v < best ? v : best;
+}
+NOX_LANES F32 smaller(F32 v, F32 best) {
+#if NOX_LANES_BYTES == 32
+    return (F32)_mm256_min_ps((__m256)v, (__m256)best);
+#else
+    return (F32)_mm_min_ps((__m128)v, (__m128)best);
+#endif
+}
+
+/// Sums of eight bytes each.
+NOX_LANES U64 sumsOfBytes(U8 v) {
+#if NOX_LANES_BYTES == 32
+    return (U64)_mm256_sad_epu8((__m256i)v, _mm256_setzero_si256());
+#else
+    return (U64)_mm_sad_epu8((__m128i)v, _mm_setzero_si128());
+#endif
+}
+
+/// Sums of two products of signed 16-bit lanes each.
+NOX_LANES U32 sumsOfProducts(U16 a, U16 b) {
+#if NOX_LANES_BYTES == 32
+    return (U32)_mm256_madd_epi16((__m256i)a, (__m256i)b);
+#else
+    return (U32)_mm_madd_epi16((__m128i)a, (__m128i)b);
+#endif
+}
+
+/// True when a bit is set anywhere.
+NOX_LANES bool any(U8 v) {
+#if NOX_LANES_BYTES == 32
+    return !_mm256_testz_si256((__m256i)v, (__m256i)v);
+#else
+    return _mm_movemask_epi8(_mm_cmpeq_epi8((__m128i)v, _mm_setzero_si128())) != 0xFFFF;
+#endif
+}
+
+/// Adds both halves of each 64-bit lane to it.
+NOX_LANES U64 addHalves(U64 total, U32 v) { return total + ((U64)v & 0xFFFFFFFFU) + ((U64)v >> 32); }
+
+NOX_LANES std::uint64_t sumOfLanes(U64 v) {
+    std::uint64_t sum = 0;
+    for (int i = 0; i < vectorBytes / 8; ++i)
+        sum += v[i];
+    return sum;
+}
+
+/// v with the lanes that are off set to zero.
+template <class V>
+NOX_LANES V clearOff(V v, U8 off) {
+    return (V)((U8)v & ~off);
+}
+
+/// v with the lanes that are off set to all ones: the largest integer, or a not-a-number.
+template <class V>
+NOX_LANES V fillOff(V v, U8 off) {
+    return (V)((U8)v | off);
+}
+
+/// All ones in each lane whose mask byte is zero, for as many lanes as a vector of T has.
+template <class T>
+NOX_LANES U8 offLanes(const Nox8u *mask) {
+    if constexpr (sizeof(T) == 1) {
+        return (U8)(load<U8>(mask) == 0);
+    } else if constexpr (sizeof(T) == 2) {
+#if NOX_LANES_BYTES == 32
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(mask));
+        return (U8)_mm256_cvtepi8_epi16(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+#else
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(mask));
+        const __m128i off = _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
+        return (U8)_mm_unpacklo_epi8(off, off);
+#endif
+    } else {
+#if NOX_LANES_BYTES == 32
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(mask));
+        return (U8)_mm256_cvtepi8_epi32(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+#else
+        int four = 0;
+        __builtin_memcpy(&four, mask, sizeof(four));
+        const __m128i off = _mm_cmpeq_epi8(_mm_cvtsi32_si128(four), _mm_setzero_si128());
+        const __m128i pairs = _mm_unpacklo_epi8(off, off);
+        return (U8)_mm_unpacklo_epi16(pairs, pairs);
+#endif
+    }
+}
+
+/// Four floats from each of a vector's rows, from element x on.
+NOX_LANES F32 loadRows(const Nox32f *const *rows, int x) {
+#if NOX_LANES_BYTES == 32
+    return (F32)_mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(rows[0] + x)), _mm_loadu_ps(rows[1] + x), 1);
+#else
+    return (F32)_mm_loadu_ps(rows[0] + x);
+#endif
+}
+
+/// offLanes of four pixels from each of a vector's rows.
+NOX_LANES U8 offRows(const Nox8u *const *masks, int x) {
+    int four = 0;
+    __builtin_memcpy(&four, masks[0] + x, sizeof(four));
+#if NOX_LANES_BYTES == 32
+    int next = 0;
+    __builtin_memcpy(&next, masks[1] + x, sizeof(next));
+    const __m128i bytes = _mm_unpacklo_epi32(_mm_cvtsi32_si128(four), _mm_cvtsi32_si128(next));
+    return (U8)_mm256_cvtepi8_epi32(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+#else
+    return offLanes<Nox32f>(reinterpret_cast<const Nox8u *>(&four));
+#endif
+}
