@@ -16,7 +16,7 @@ int main(void) {
         return 2;
     if (strcmp(version->name, "libnoxcva6.so.5.2") != 0)
         return 3;
-    printf("%s %d.%d.%d.%d of %s\n", version->name, version->major, version->minor, version->majorBuild,
-           version->build, version->buildDate);
+    printf("%s %d.%d.%d.%d of %s\n", version->name, version->major, version->minor, version->majorBuild, version->build,
+           version->buildDate);
     return 0;
 }
