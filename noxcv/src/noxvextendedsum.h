@@ -12,7 +12,6 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -30,6 +29,8 @@ struct Spread {
 
 /// The spread of count floats.
 Spread spreadOf(const Nox32f *elements, int count);
+/// The same; the floats are written as doubles, too.
+Spread widen(const Nox32f *elements, int count, Nox64f *wide);
 
 inline Spread join(const Spread &a, const Spread &b) {
     return {std::max(a.largest, b.largest), std::min(a.quantum, b.quantum)};
@@ -80,9 +81,9 @@ inline Nox32f certainFrom(double terms, double bound) {
 /// that rounding discards are, at a midpoint, 1 and 28 zeros.
 NOX_INLINE bool roundsDoubtfully(double sum, Nox32f rounded, Nox32f certain) {
     constexpr Nox32u discarded = (1U << 29) - 1, half = 1U << 28;
-    const Nox32u shifted = static_cast<Nox32u>(std::bit_cast<std::uint64_t>(sum)) + half + midpointZone;
+    const Nox32u shifted = static_cast<Nox32u>(__builtin_bit_cast(std::uint64_t, sum)) + half + midpointZone;
     const bool atMidpoint = (shifted & discarded & ~(2 * midpointZone - 1)) == 0;
-    return atMidpoint | ((std::bit_cast<Nox32s>(rounded) & 0x7fffffff) < std::bit_cast<Nox32s>(certain));
+    return atMidpoint | ((__builtin_bit_cast(Nox32s, rounded) & 0x7fffffff) < __builtin_bit_cast(Nox32s, certain));
 }
 
 } // namespace nox

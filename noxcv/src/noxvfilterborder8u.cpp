@@ -71,11 +71,19 @@ NOX_TIERS void filterColumn(const Nox16s *const *rows, Nox8s *dst, int width, co
 /// (2621 s) >> 16, both at most 255.
 template <class Operator>
 NOX_TIERS void meanColumn(const Nox16s *const *rows, Nox8u *__restrict dst, int width) {
-    constexpr Nox32u factor = Operator::taps == 3 ? 7280 : 2621, added = Operator::taps == 3 ? 5 : 0;
+    constexpr Nox32u factor = Operator::taps == 3 ? 7280 : 2621;
+    constexpr int added = Operator::taps == 3 ? 5 : 0;
     const auto lines = linesOf<Operator::taps>(rows);
-    for (int x = 0; x < width; ++x) {
-        const auto sum = static_cast<Nox16u>(operate<Operator, int>(lines, x) + added);
-        dst[x] = static_cast<Nox8u>((sum * factor) >> 16);
+    for (int first = 0; first < width; first += blockLength) {
+        // The sums rest in memory, since otherwise the compiler adds and multiplies in lanes of 32 bits.
+        alignas(32) Nox16u sums[blockLength];
+        const int length = width - first < blockLength ? width - first : blockLength;
+        for (int x = 0; x < length; ++x)
+            sums[x] = static_cast<Nox16u>(operate<Operator, int>(lines, first + x) + added);
+        for (int x = 0; x < length; ++x) {
+            const auto high = static_cast<Nox16u>((sums[x] * factor) >> 16);
+            dst[first + x] = static_cast<Nox8u>(high);
+        }
     }
 }
 

@@ -15,7 +15,6 @@
 // kind take back the multiples that must fall.
 #pragma once
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -73,7 +72,7 @@ template <class Real>
 NOX_INLINE Real mantissa(Real value) {
     using Bits = std::conditional_t<std::is_same_v<Real, float>, std::uint32_t, std::uint64_t>;
     constexpr Bits fraction = (Bits(1) << (std::numeric_limits<Real>::digits - 1)) - 1;
-    return std::bit_cast<Real>((std::bit_cast<Bits>(value) & fraction) | std::bit_cast<Bits>(Real(1)));
+    return __builtin_bit_cast(Real, (__builtin_bit_cast(Bits, value) & fraction) | __builtin_bit_cast(Bits, Real(1)));
 }
 
 /// The quotient of an integer sum, truncated toward zero and clamped to the range of T. It must fit 32 bits. Falls:

@@ -52,9 +52,6 @@ void sumTaps(ColumnWindow<Nox64f> window, const Nox32f *taps, int tapCount, Nox6
 void sumTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
 void sumTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
 
-/// Floats as doubles.
-void widen(const Nox32f *src, Nox64f *dst, int count);
-
 /// Quotients, clamped and truncated.
 template <class T>
 void storeQuotients(const Nox32s *sums, T *dst, int count, const Quotient<Nox32f> &by);

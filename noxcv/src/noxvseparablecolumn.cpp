@@ -18,25 +18,79 @@ void filterColumns(const Rule &rule, const T *const *rows, Rows<typename Rule::O
         filterLine(rule, ColumnWindow<T>{rows + y, 0}, dst[y], width);
 }
 
-/// Single precision goes down strips of columns, so that each row's spread is found once: when the row enters the
-/// window. It is forgotten at the end of a run of rows only.
+/// A strip of single-precision columns whose rows are converted to double once, when they enter the window: a ring of
+/// rows with their spreads.
+class WideStrip {
+public:
+    static constexpr int mostRows = 64, elements = 4096;
+
+    /// Columns of a strip under a kernel of at most mostRows taps.
+    static int widthFor(int kernelSize) { return elements / kernelSize / vectorLength * vectorLength; }
+
+    explicit WideStrip(int kernelSize) : kernelSize_(kernelSize), width_(widthFor(kernelSize)) {}
+
+    /// Row y of those pushed takes the place of the oldest.
+    void push(const Nox32f *row, int count, int y) {
+        const int slot = y % kernelSize_;
+        spreads_[slot] = widen(row, count, elements_ + slot * width_);
+        lines_[slot] = lines_[slot + kernelSize_] = elements_ + slot * width_;
+    }
+
+    /// The window that ends with row y.
+    ColumnWindow<Nox64f> window(int y) const { return {lines_ + (y + 1) % kernelSize_, 0}; }
+    Spread spread() const {
+        Spread all;
+        for (int slot = 0; slot < kernelSize_; ++slot)
+            all = join(all, spreads_[slot]);
+        return all;
+    }
+
+private:
+    int kernelSize_, width_;
+    alignas(32) Nox64f elements_[elements];
+    Spread spreads_[mostRows];
+    const Nox64f *lines_[2 * mostRows];
+};
+
+/// Rows of a strip are too short for the processor to foresee the next one.
+void prefetch(const Nox32f *row, int count) {
+    constexpr int cacheLine = 64 / sizeof(Nox32f);
+    for (int x = 0; x < count; x += cacheLine)
+        __builtin_prefetch(row + x);
+}
+
+void filterStrip(const RoundedRule &rule, const Nox32f *const *rows, Rows<Nox32f> dst, int first, int width, int height,
+                 int kernelSize) {
+    WideStrip strip(kernelSize);
+    for (int y = 0; y < kernelSize - 1; ++y)
+        strip.push(rows[y] + first, width, y);
+    for (int y = 0; y < height; ++y) {
+        const int last = y + kernelSize - 1;
+        if (y + 1 < height)
+            prefetch(rows[last + 1] + first, width);
+        strip.push(rows[last] + first, width, last);
+        const Spread spread = strip.spread();
+        if (rule.fitsFloat(spread))
+            filterLine(rule, ColumnWindow<Nox32f>{rows + y, first}, dst[y] + first, width, spread);
+        else
+            filterLine(rule, strip.window(last), dst[y] + first, width, spread);
+    }
+}
+
 void filterColumns(const RoundedRule &rule, const Nox32f *const *rows, Rows<Nox32f> dst, int width, int height,
                    int kernelSize) {
-    constexpr int stripWidth = 1024, runLength = 64;
-    for (int x = 0; x < width; x += stripWidth) {
-        const int count = std::min(stripWidth, width - x);
+    if (kernelSize > WideStrip::mostRows) {
+        // The conversion is small beside so many taps; one spread serves all rows.
         Spread spread;
-        for (int y = 0; y < height; ++y) {
-            int entering = kernelSize - 1;
-            if (y % runLength == 0) {
-                spread = {};
-                entering = 0;
-            }
-            for (; entering < kernelSize; ++entering)
-                spread = join(spread, spreadOf(rows[y + entering] + x, count));
-            filterLine(rule, ColumnWindow<Nox32f>{rows + y, x}, dst[y] + x, count, spread);
-        }
+        for (int y = 0; y < height + kernelSize - 1; ++y)
+            spread = join(spread, spreadOf(rows[y], width));
+        for (int y = 0; y < height; ++y)
+            filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, spread);
+        return;
     }
+    const int stripWidth = WideStrip::widthFor(kernelSize);
+    for (int x = 0; x < width; x += stripWidth)
+        filterStrip(rule, rows, dst, x, std::min(stripWidth, width - x), height, kernelSize);
 }
 
 template <class Rule, class T>

@@ -180,11 +180,6 @@ NOX_SUM_REALS(ColumnWindow<Nox64f>, Nox32f, Nox64f, sumReals<true>)
 NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox32f, sumReals<true>)
 NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f, sumReals<true>)
 
-NOX_TIERS void widen(const Nox32f *src, Nox64f *dst, int count) {
-    for (int x = 0; x < count; ++x)
-        dst[x] = src[x];
-}
-
 #define NOX_STORE_QUOTIENTS(TYPE)                                                                                      \
     template <>                                                                                                        \
     NOX_TIERS void storeQuotients(const Nox32s *sums, TYPE *dst, int count, const Quotient<Nox32f> &by) {              \

@@ -217,14 +217,18 @@ public:
         block(window, dst, count, spreadOf(window.first, static_cast<int>(under)));
     }
 
-    /// elements: the spread of all elements under the taps.
+    /// Whether sums of elements of this spread need no more than single precision. (A single product needs no more
+    /// whatever the elements are: it is exact in double, so the format's own multiplication rounds it once.)
+    bool fitsFloat(const Spread &elements) const {
+        return tapCount_ == 1 || exactInFloat(elements, spread_.weight, spread_.quantum);
+    }
+
+    /// elements: the spread of all elements under the taps. A window of doubles holds floats that do not fit.
     template <class Window>
     void block(Window window, Nox32f *dst, int count, const Spread &elements) const {
-        // A single product is exact in double; the format's own multiplication rounds it once.
-        if (tapCount_ == 1 || exactInFloat(elements, spread_.weight, spread_.quantum)) {
-            sumTaps(window, taps_, tapCount_, dst, count);
-            return;
-        }
+        if constexpr (std::is_same_v<typename Window::Element, Nox32f>)
+            if (fitsFloat(elements))
+                return sumTaps(window, taps_, tapCount_, dst, count);
         alignas(32) Nox64f sums[blockLength];
         sumTaps(window, taps_, tapCount_, sums, count);
         if (exactInDouble(elements, spread_.weight, spread_.quantum)) {
