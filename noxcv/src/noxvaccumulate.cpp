@@ -1,4 +1,5 @@
 // Accumulators: sums, squares, products and running averages added to a float image, plain and under a mask.
+#include <climits>
 #include <type_traits>
 
 #include "checks.h"
@@ -10,13 +11,13 @@ using namespace nox;
 /// What a float term is multiplied by under a mask byte of zero, and under any other.
 extern "C" const Nox32f _noxvMaskCoeff[2] = {0.0F, 1.0F}; // NOLINT(bugprone-reserved-identifier)
 
-namespace {
+namespace nox {
 
 enum class Term { Source, Square, Product, Weighted };
 
 /// One call: src2 is used by products, mask by masked forms, alpha by weighted sums.
 template <class T>
-struct Call {
+struct Accumulation {
     Rows<const T> src1, src2;
     Rows<const Nox8u> mask;
     Rows<Nox32f> dst;
@@ -24,38 +25,12 @@ struct Call {
     Nox32f alpha;
 };
 
-/// The new value of a pixel. Integer terms are exact or rounded once, and 0 under a zero mask byte. Float terms and
-/// weighted differences are multiplied by a coefficient instead, so what is not finite shows through the mask.
-template <class T, Term term, bool masked>
-NOX_INLINE Nox32f accumulated(Nox32f d, T a, T b, bool on, Nox32f alpha) {
-    const Nox32f s = static_cast<Nox32f>(a);
-    if constexpr (term == Term::Weighted) {
-        return d + (s - d) * (on ? alpha : 0.0F);
-    } else {
-        const Nox32f value = term == Term::Source ? s : term == Term::Square ? s * s : s * static_cast<Nox32f>(b);
-        if constexpr (!masked)
-            return d + value;
-        else if constexpr (std::is_same_v<T, Nox32f>)
-            return d + value * (on ? _noxvMaskCoeff[1] : _noxvMaskCoeff[0]);
-        else
-            return d + (on ? value : 0.0F);
-    }
-}
+} // namespace nox
 
-template <class T, Term term, bool masked>
-NOX_TIERS void accumulateRows(const Call<T> &call) {
-    const Nox32f alpha = call.alpha;
-    for (int y = 0; y < call.roi.height; ++y) {
-        const T *a = call.src1[y], *b = call.src2[y];
-        const Nox8u *mask = call.mask[y];
-        Nox32f *d = call.dst[y];
-        // A source may be the accumulator itself, pixel for pixel: each is read before it is written.
-#pragma GCC ivdep
-        for (int x = 0; x < call.roi.width; ++x)
-            d[x] = accumulated<T, term, masked>(d[x], a[x], term == Term::Product ? b[x] : a[x],
-                                                !masked || mask[x] != 0, alpha);
-    }
-}
+#define NOX_KERNELS "noxvaccumulatekernels.h"
+#include "noxveachtier.h"
+
+namespace {
 
 /// Two-byte elements have their step tested for both rules before the next image is looked at.
 template <class T>
@@ -72,8 +47,8 @@ NoxStatus maskedSum(const T *src1, int src1Step, const T *src2, int src2Step, co
                      checkStep<Nox32f>(srcDstStep, roi.width), checkEvenSteps<T>(src1Step, src2Step),
                      checkEvenSteps<Nox32f>(srcDstStep));
     if (status == noxStsNoError)
-        accumulateRows<T, term, true>(
-            {{src1, src1Step}, {src2, src2Step}, {mask, maskStep}, {srcDst, srcDstStep}, roi, alpha});
+        NOX_ON_TIER(accumulate<T, term, true>(
+            {{src1, src1Step}, {src2, src2Step}, {mask, maskStep}, {srcDst, srcDstStep}, roi, alpha}));
     return status;
 }
 
@@ -85,8 +60,8 @@ NoxStatus plainSum(const T *src1, int src1Step, const T *src2, int src2Step, Nox
                      checkSource<T>(src2Step, roi.width), checkStep<Nox32f>(srcDstStep, roi.width),
                      checkEvenSteps<T>(src1Step, src2Step), checkEvenSteps<Nox32f>(srcDstStep));
     if (status == noxStsNoError)
-        accumulateRows<T, term, false>(
-            {{src1, src1Step}, {src2, src2Step}, {nullptr, 0}, {srcDst, srcDstStep}, roi, alpha});
+        NOX_ON_TIER(accumulate<T, term, false>(
+            {{src1, src1Step}, {src2, src2Step}, {nullptr, 0}, {srcDst, srcDstStep}, roi, alpha}));
     return status;
 }
 

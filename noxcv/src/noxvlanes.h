@@ -1,9 +1,7 @@
-// Vectors of the processor tier that is being compiled. No include guard: a header of kernels includes this once per
-// tier, inside that tier's namespace, with NOX_LANES_BYTES (16 or 32) and NOX_LANES_TARGET (the function attribute)
-// defined, and undefines NOX_LANES after its kernels. Comparisons give lanes of all ones or all zeros; lanes are
+// Vectors of the processor tier that is being compiled. No include guard: noxveachtier.h includes this once per tier,
+// inside that tier's namespace, with NOX_LANES_BYTES (16 or 32) and NOX_LANES_TARGET (the function attribute) defined;
+// NOX_LANES marks helpers that become part of a kernel. Comparisons give lanes of all ones or all zeros; lanes are
 // reinterpreted by a cast.
-
-#define NOX_LANES [[gnu::always_inline]] NOX_LANES_TARGET inline
 
 constexpr int vectorBytes = NOX_LANES_BYTES;
 constexpr int rowsPerVector = vectorBytes / 16; ///< how many rows' four-lane sums one vector holds
@@ -144,6 +142,88 @@ NOX_LANES U8 offLanes(const Nox8u *mask) {
         return (U8)_mm_unpacklo_epi16(pairs, pairs);
 #endif
     }
+}
+
+/// Pixels as floats, as many as a vector of floats holds.
+NOX_LANES F32 floatsOf(const Nox32f *from) { return load<F32>(from); }
+#if NOX_LANES_BYTES == 32
+NOX_LANES F32 floatsOf(const Nox8u *from) {
+    return (F32)_mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(from))));
+}
+NOX_LANES F32 floatsOf(const Nox8s *from) {
+    return (F32)_mm256_cvtepi32_ps(_mm256_cvtepi8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(from))));
+}
+NOX_LANES F32 floatsOf(const Nox16u *from) {
+    return (F32)_mm256_cvtepi32_ps(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i *>(from))));
+}
+#else
+NOX_LANES __m128i fourBytes(const void *from) {
+    int four = 0;
+    __builtin_memcpy(&four, from, sizeof(four));
+    return _mm_cvtsi32_si128(four);
+}
+NOX_LANES F32 floatsOf(const Nox8u *from) {
+    const __m128i zero = _mm_setzero_si128();
+    return (F32)_mm_cvtepi32_ps(_mm_unpacklo_epi16(_mm_unpacklo_epi8(fourBytes(from), zero), zero));
+}
+NOX_LANES F32 floatsOf(const Nox8s *from) {
+    const __m128i bytes = fourBytes(from), pairs = _mm_unpacklo_epi8(bytes, bytes);
+    return (F32)_mm_cvtepi32_ps(_mm_srai_epi32(_mm_unpacklo_epi16(pairs, pairs), 24));
+}
+NOX_LANES F32 floatsOf(const Nox16u *from) {
+    const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(from));
+    return (F32)_mm_cvtepi32_ps(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
+}
+#endif
+
+/// value in every lane.
+NOX_LANES F32 splat(Nox32f value) {
+#if NOX_LANES_BYTES == 32
+    return (F32)_mm256_set1_ps(value);
+#else
+    return (F32)_mm_set1_ps(value);
+#endif
+}
+
+/// Copies n elements, fewer than `most`. Rows end with this all the time, so it calls nothing.
+template <int most, class T>
+NOX_LANES void copyFew(T *to, const T *from, int n) {
+    if constexpr (most > 1) {
+        constexpr int half = most / 2;
+        if ((n & half) != 0) {
+            __builtin_memcpy(to, from, half * sizeof(T));
+            to += half;
+            from += half;
+        }
+        copyFew<half>(to, from, n);
+    }
+}
+
+/// Mask bytes for the end of a row.
+constexpr auto onThenOff = [] {
+    struct {
+        Nox8u bytes[2 * lanesOf<Nox8u>] = {};
+    } all;
+    for (int i = 0; i < lanesOf<Nox8u>; ++i)
+        all.bytes[i] = 1;
+    return all;
+}();
+
+/// The last n pixels of a row, followed by zeros.
+template <class T, int lanes = lanesOf<T>>
+struct Tail {
+    T pixels[lanes] = {};
+    Tail() = default;
+    NOX_LANES Tail(const T *from, int n) { copyFew<lanes>(pixels, from, n); }
+};
+
+/// Off lanes of a row's last n pixels: all behind them, and those that the mask turns off.
+template <class T, bool masked>
+NOX_LANES U8 offTail(const Nox8u *mask, int n) {
+    if constexpr (masked)
+        return offLanes<T>(Tail<Nox8u, lanesOf<T>>(mask, n).pixels);
+    else
+        return offLanes<T>(onThenOff.bytes + (lanesOf<Nox8u> - n));
 }
 
 /// Four floats from each of a vector's rows, from element x on.

@@ -17,10 +17,13 @@ extern "C" const Nox8u noxvCoiMaskA[3][48] = {
 
 namespace {
 
-/// When a member goes parallel: from 2^shift pixels a thread on, or never; perhaps only where there is a second core.
-constexpr bool isParallel(NoxiSize roi, int shift, bool asksRunomp) {
-    return shift != 0 && largeEnough(roi, shift) && (!asksRunomp || runomp() != 0);
-}
+/// When the masked members go parallel.
+constexpr ParallelFrom maskedFrom = {17, false};
+/// When the plain members do: those of integers ask for a second core.
+template <class T, int channels>
+constexpr ParallelFrom plainFrom = !std::is_same_v<T, Nox32f> ? ParallelFrom{17, true}
+                                   : channels == 1            ? ParallelFrom{16, false}
+                                                              : ParallelFrom{0, false};
 
 template <class T, int channels, bool masked, bool squares>
 NoxStatus sums(const Region<T> &region, int slices, MeanSlots<T> &total) {
@@ -64,8 +67,7 @@ NoxStatus maskedMean(const T *src, int srcStep, const Nox8u *mask, int maskStep,
         return bad;
     const Region<T> region = {{src, srcStep}, {nullptr, 0}, {mask, maskStep}, roi.width, roi.height, coi - 1};
     MeanSlots<T> total;
-    const NoxStatus status =
-        sums<T, channels, true, false>(region, isParallel(roi, 17, false) ? sliceCount() : 1, total);
+    const NoxStatus status = sums<T, channels, true, false>(region, slicesOf(maskedFrom, roi), total);
     if (status == noxStsNoError)
         *mean = total.count == 0 ? 0 : static_cast<Nox64f>(static_cast<long double>(total.sum) / total.count);
     return status;
@@ -104,11 +106,8 @@ NoxStatus plainMeanAndDeviation(const T *src, int srcStep, NoxiSize roi, int coi
     const NoxStatus bad = checkMean<T>(checkPointers(src), srcStep, roi.width, roi, channels, coi);
     if (bad != noxStsNoError)
         return bad;
-    constexpr bool isFloat = std::is_same_v<T, Nox32f>;
-    constexpr int shift = !isFloat ? 17 : channels == 1 ? 16 : 0;
     const Region<T> region = {{src, srcStep}, {nullptr, 0}, {nullptr, 0}, roi.width, roi.height, coi - 1};
-    return meanAndDeviation<T, channels, false>(region, isParallel(roi, shift, !isFloat) ? sliceCount() : 1, mean,
-                                                stdDev);
+    return meanAndDeviation<T, channels, false>(region, slicesOf(plainFrom<T, channels>, roi), mean, stdDev);
 }
 
 template <class T, int channels>
@@ -118,7 +117,7 @@ NoxStatus maskedMeanAndDeviation(const T *src, int srcStep, const Nox8u *mask, i
     if (bad != noxStsNoError)
         return bad;
     const Region<T> region = {{src, srcStep}, {nullptr, 0}, {mask, maskStep}, roi.width, roi.height, coi - 1};
-    return meanAndDeviation<T, channels, true>(region, isParallel(roi, 17, false) ? sliceCount() : 1, mean, stdDev);
+    return meanAndDeviation<T, channels, true>(region, slicesOf(maskedFrom, roi), mean, stdDev);
 }
 
 } // namespace

@@ -10,16 +10,8 @@ using namespace nox;
 
 namespace {
 
-/// When a member goes parallel: never, or from 2^shift pixels a thread on, perhaps only where there is a second core.
-struct Path {
-    int shift;
-    bool asksRunomp;
-};
-constexpr Path serial = {0, false}, from17 = {17, false}, from17OnCores = {17, true}, from19 = {19, false};
-
-constexpr bool isParallel(Path path, NoxiSize roi) {
-    return path.shift != 0 && largeEnough(roi, path.shift) && (!path.asksRunomp || runomp() != 0);
-}
+// When the members go parallel.
+constexpr ParallelFrom serial = {0, false}, from17 = {17, false}, from17OnCores = {17, true}, from19 = {19, false};
 
 /// numerator / denominator, or its root; the constants of the core library for a denominator of zero.
 template <Norm norm, class Value>
@@ -57,7 +49,7 @@ NoxStatus measure(const Region<T> &region, int slices, Block block, Nox64f *valu
 
 template <class T, Form form, Norm norm, int channels, class Block>
 NoxStatus maskedNorm(const T *src1, int src1Step, const T *src2, int src2Step, const Nox8u *mask, int maskStep,
-                     NoxiSize roi, int coi, Nox64f *value, Path path, Block block) {
+                     NoxiSize roi, int coi, Nox64f *value, ParallelFrom from, Block block) {
     const long long row = static_cast<long long>(roi.width) * channels;
     const NoxStatus status =
         firstFailure(checkPointers(src1, src2, mask, value), checkSize(roi), checkStep<T>(src1Step, row),
@@ -66,7 +58,7 @@ NoxStatus maskedNorm(const T *src1, int src1Step, const T *src2, int src2Step, c
     if (status != noxStsNoError)
         return status;
     const Region<T> region = {{src1, src1Step}, {src2, src2Step}, {mask, maskStep}, roi.width, roi.height, coi - 1};
-    return measure<T, form, norm>(region, isParallel(path, roi) ? sliceCount() : 1, block, value);
+    return measure<T, form, norm>(region, slicesOf(from, roi), block, value);
 }
 
 } // namespace

@@ -24,6 +24,19 @@ struct Region {
     }
 };
 
+/// When a member goes parallel: from 2^shift pixels a thread on, perhaps only where there is a second core; a shift of
+/// 0 keeps it on the calling thread.
+struct ParallelFrom {
+    int shift;
+    bool asksRunomp;
+};
+
+/// The number of slices that a call divides its rows into.
+inline int slicesOf(ParallelFrom from, NoxiSize roi) {
+    const bool parallel = from.shift != 0 && largeEnough(roi, from.shift) && (!from.asksRunomp || runomp() != 0);
+    return parallel ? sliceCount() : 1;
+}
+
 /// One slice's results: plain 64-bit values, so that they fit the slot arrays.
 template <class Value, int count>
 struct Slots {

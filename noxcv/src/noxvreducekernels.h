@@ -1,4 +1,4 @@
-// Kernels of the reductions for the processor tier that is being compiled; no include guard, see noxvreduction.h.
+// Kernels of the reductions for the processor tier that is being compiled; no include guard, see noxveachtier.h.
 //
 // Integers and extrema do not depend on the order of pixels, so a walk feeds whole vectors of pixels to a kernel. A
 // kernel has step(a, b, off), which takes in one vector of each image and the lanes that do not count, and
@@ -37,46 +37,6 @@ NOX_LANES const T *pixelsOf(const T *row, int x, int n, int channel, Line<T, cha
         pickThird(row + static_cast<std::ptrdiff_t>(x) * channels + channel, n, line.pixels);
         return line.pixels;
     }
-}
-
-/// Copies n elements, fewer than `most`. Rows end with this all the time, so it calls nothing.
-template <int most, class T>
-NOX_LANES void copyFew(T *to, const T *from, int n) {
-    if constexpr (most > 1) {
-        constexpr int half = most / 2;
-        if ((n & half) != 0) {
-            __builtin_memcpy(to, from, half * sizeof(T));
-            to += half;
-            from += half;
-        }
-        copyFew<half>(to, from, n);
-    }
-}
-
-/// Mask bytes for the end of a row.
-constexpr auto onThenOff = [] {
-    struct {
-        Nox8u bytes[2 * lanesOf<Nox8u>] = {};
-    } all;
-    for (int i = 0; i < lanesOf<Nox8u>; ++i)
-        all.bytes[i] = 1;
-    return all;
-}();
-
-/// The last n pixels of a row, followed by zeros.
-template <class T, int lanes = lanesOf<T>>
-struct Tail {
-    T pixels[lanes] = {};
-    NOX_LANES Tail(const T *from, int n) { copyFew<lanes>(pixels, from, n); }
-};
-
-/// Off lanes of a row's last n pixels: all behind them, and those that the mask turns off.
-template <class T, bool masked>
-NOX_LANES U8 offTail(const Nox8u *mask, int n) {
-    if constexpr (masked)
-        return offLanes<T>(Tail<Nox8u, lanesOf<T>>(mask, n).pixels);
-    else
-        return offLanes<T>(onThenOff.bytes + (lanesOf<Nox8u> - n));
 }
 
 /// One line of pixels through a kernel.
@@ -572,5 +532,3 @@ NOX_LANES_TARGET NoxiPoint firstEqual(const Region<T> &region, int row, T value)
     }
     return {-1, -1};
 }
-
-#undef NOX_LANES

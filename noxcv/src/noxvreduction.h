@@ -7,10 +7,7 @@
 #include <limits>
 #include <type_traits>
 
-#include <immintrin.h>
-
 #include "noxvreduce.h"
-#include "tiers.h"
 
 extern "C" {
 /// Row k: the bytes of channel k in sixteen interleaved pixels of three channels are 0xFF, the others 0.
@@ -53,28 +50,7 @@ struct Extrema {
     int lowRow = -1, highRow = -1;
 };
 
-namespace baseline {
-#define NOX_LANES_BYTES 16
-#define NOX_LANES_TARGET
-#include "noxvlanes.h"
-#include "noxvreducekernels.h"
-#undef NOX_LANES_BYTES
-#undef NOX_LANES_TARGET
-} // namespace baseline
-
-#ifdef NOX_WIDE_TIER
-namespace wide {
-#define NOX_LANES_BYTES 32
-#define NOX_LANES_TARGET NOX_WIDE_TIER
-#include "noxvlanes.h"
-#include "noxvreducekernels.h"
-#undef NOX_LANES_BYTES
-#undef NOX_LANES_TARGET
-} // namespace wide
-/// Calls a function of both tiers in the one that this processor runs.
-#define NOX_ON_TIER(...) (nox::wideTier() ? nox::wide::__VA_ARGS__ : nox::baseline::__VA_ARGS__)
-#else
-#define NOX_ON_TIER(...) nox::baseline::__VA_ARGS__
-#endif
-
 } // namespace nox
+
+#define NOX_KERNELS "noxvreducekernels.h"
+#include "noxveachtier.h"

@@ -1,0 +1,38 @@
+// Compiles the kernels of the header named by NOX_KERNELS once for each processor tier, in a namespace for each. No
+// include guard: a source includes this once.
+#include <cstddef>
+#include <cstdint>
+
+#include <immintrin.h>
+
+#include "noxtypes.h"
+#include "tiers.h"
+
+#define NOX_LANES [[gnu::always_inline]] NOX_LANES_TARGET inline
+
+namespace nox::baseline {
+#define NOX_LANES_BYTES 16
+#define NOX_LANES_TARGET
+#include "noxvlanes.h"
+#include NOX_KERNELS
+#undef NOX_LANES_BYTES
+#undef NOX_LANES_TARGET
+} // namespace nox::baseline
+
+#ifdef NOX_WIDE_TIER
+namespace nox::wide {
+#define NOX_LANES_BYTES 32
+#define NOX_LANES_TARGET NOX_WIDE_TIER
+#include "noxvlanes.h"
+#include NOX_KERNELS
+#undef NOX_LANES_BYTES
+#undef NOX_LANES_TARGET
+} // namespace nox::wide
+/// Calls a function of both tiers in the one that this processor runs.
+#define NOX_ON_TIER(...) (nox::wideTier() ? nox::wide::__VA_ARGS__ : nox::baseline::__VA_ARGS__)
+#else
+#define NOX_ON_TIER(...) nox::baseline::__VA_ARGS__
+#endif
+
+#undef NOX_LANES
+#undef NOX_KERNELS
