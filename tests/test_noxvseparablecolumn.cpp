@@ -301,6 +301,19 @@ TEST(ColumnPipeline32f, MidpointsAreDecidedBeyondDouble) {
     }
 }
 
+// 2^24 + 1 + 2^-29 has one bit too many for a double, which rounds it to the midpoint.
+TEST(ColumnPipeline32f, OneBitBeyondDouble) {
+    const Nox32f column[] = {16777216.0F, 1.0F, -0x1p-28F, 0x3p-29F};
+    Image<Nox32f> src(40, 4), dst(40, 1);
+    src.generate([&](int, int y, int) { return column[y]; });
+    auto rows = constRows(src, 1);
+    const Nox32f taps[] = {1, 1, 1, 1};
+    const Buffer buffer(256);
+    noxiFilterColumnPipeline_32f_C1R(rows.data(), dst.data(), dst.step(), {40, 1}, taps, 4, buffer.data());
+    EXPECT_EQ(dst.at(0, 0), 16777218.0F);
+    EXPECT_EQ(dst.at(20, 0), 16777218.0F);
+}
+
 TYPED_TEST(ColumnPipeline, SameResultForEveryThreadCount) {
     using M = TypeParam;
     test::Random random(9);

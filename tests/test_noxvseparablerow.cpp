@@ -409,6 +409,23 @@ TEST(RowPipelineLow, TwoRoundings) {
     EXPECT_EQ(row[2], 0);
 }
 
+// The sum is 7 less 2^-39, which a double loses beside the large products.
+TEST(RowPipeline16s, FoldedTapsAreSummedBeyondDouble) {
+    const int divisor = 40003, count = 300;
+    const std::vector<Nox16s> taps = {32767, 1, 3, 5, 7, -32767};
+    const Nox16s period[] = {32767, 31, 40, 24992, 22130, 32767};
+    Image<Nox16s> src(count, 1);
+    src.generate([&](int x, int, int) { return period[x % 6]; });
+    ASSERT_TRUE(agrees<Row16sC1>(src, {{count, 1}, 6, 0, 1, divisor}, taps));
+    Nox16s row[count];
+    Nox16s *rows[] = {row};
+    const Buffer buffer(8192);
+    noxiFilterRowBorderPipeline_16s_C1R(src.data(), src.step(), rows, {count, 1}, taps.data(), 6, 0, 1, 0, divisor,
+                                        buffer.data());
+    EXPECT_EQ(row[0], 6);
+    EXPECT_EQ(row[120], 6);
+}
+
 TEST(RowPipeline8u16s, TruncatesTowardZero) {
     const Nox8u pixels[] = {1, 1, 1};
     const Nox16s taps[] = {1, 1, 1};
