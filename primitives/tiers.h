@@ -23,6 +23,23 @@ static_assert(LDBL_MANT_DIG == 64, "long double must be the 80-bit extended form
 #define NOX_TIERS __attribute__((target_clones("avx2", "default")))
 #endif
 
+/// A kernel written in wider vectors than the baseline has: it is compiled for the avx2 tier alone, and called where
+/// wideTier() is true. Defined where the tiers are.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(NOXCV_BASELINE) && !defined(__clang__)
+#define NOX_WIDE_TIER __attribute__((target("avx2")))
+#endif
+
+namespace nox {
+/// True when this processor runs the wide tier; loading the library has asked it already.
+[[gnu::always_inline]] inline bool wideTier() {
+#ifdef NOX_WIDE_TIER
+    return __builtin_cpu_supports("avx2") != 0;
+#else
+    return false;
+#endif
+}
+} // namespace nox
+
 /// A helper that must become part of its caller, so that it is compiled for the caller's tier.
 #define NOX_INLINE [[gnu::always_inline]] inline
 

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include <emmintrin.h>
@@ -97,25 +98,31 @@ private:
     }
 };
 
-/// Eight pixels at a time, by products of signed 16-bit pairs; no weight may be a whole 1 of Q15. 16-bit pixels are
-/// moved by -32768 to be signed, and so are results that may need 16 bits; the constant that rounds makes up for both.
+/// What sums by products of signed 16-bit pairs need; no weight may be a whole 1 of Q15. 16-bit pixels are moved by
+/// -32768 to be signed, and so are results that may need 16 bits; the constant that rounds makes up for both.
+struct FixedConstants {
+    int upper, lower, rounding, shift;
+    short flip; ///< moves results back
+
+    template <class S, class D>
+    NOX_INLINE explicit FixedConstants(const FixedBilinear<S, D> &b)
+        : upper(static_cast<int>(b.w00 | b.w10 << 16)), lower(static_cast<int>(b.w01 | b.w11 << 16)),
+          shift(b.scale.shift) {
+        const bool wide = sizeof(D) == 2 && shift <= 15;
+        const unsigned source = sizeof(S) == 2 ? (b.w00 + b.w10 + b.w01 + b.w11) << 15 : 0U,
+                       result = wide ? 32768U << shift : 0U;
+        rounding = static_cast<int>(b.scale.rounding + source - result);
+        flip = static_cast<short>(wide ? -32768 : 0);
+    }
+};
+
+/// Eight pixels at a time.
 template <class S, class D>
 class FixedBlock {
 public:
-    NOX_INLINE explicit FixedBlock(const FixedBilinear<S, D> &bilinear) {
-        const auto [w00, w10, w01, w11, scale] = bilinear;
-        upper_ = _mm_set1_epi32(static_cast<int>(w00 | w10 << 16));
-        lower_ = _mm_set1_epi32(static_cast<int>(w01 | w11 << 16));
-        unsigned rounding = scale.rounding;
-        if (sizeof(S) == 2)
-            rounding += (w00 + w10 + w01 + w11) << 15;
-        const bool wide = sizeof(D) == 2 && scale.shift <= 15;
-        if (wide)
-            rounding -= 32768U << scale.shift;
-        flip_ = _mm_set1_epi16(static_cast<short>(wide ? -32768 : 0));
-        rounding_ = _mm_set1_epi32(static_cast<int>(rounding));
-        shift_ = _mm_cvtsi32_si128(scale.shift);
-    }
+    NOX_INLINE explicit FixedBlock(const FixedConstants &c)
+        : upper_(_mm_set1_epi32(c.upper)), lower_(_mm_set1_epi32(c.lower)), rounding_(_mm_set1_epi32(c.rounding)),
+          flip_(_mm_set1_epi16(c.flip)), shift_(_mm_cvtsi32_si128(c.shift)) {}
 
     /// The results at d of the pixels from p in the upper row and q in the lower one; reads nine pixels of each.
     NOX_INLINE void operator()(const S *p, const S *q, D *d) const {
@@ -173,37 +180,48 @@ NOX_INLINE void interpolateRow(const S *p, const S *q, D *d, int n, const FixedB
 
 // ---- float results ----
 
-template <class S>
+/// Weights of four float pixels.
 struct FloatBilinear {
     float w00, w10, w01, w11;
 
     NOX_INLINE FloatBilinear(AxisWeights<float> x, AxisWeights<float> y)
         : w00(x.near * y.near), w10(x.far * y.near), w01(x.near * y.far), w11(x.far * y.far) {}
 
-    NOX_INLINE float operator()(S p00, S p10, S p01, S p11) const {
-        return static_cast<float>(p00) * w00 + static_cast<float>(p10) * w10 + static_cast<float>(p01) * w01 +
-               static_cast<float>(p11) * w11;
+    NOX_INLINE float operator()(float p00, float p10, float p01, float p11) const {
+        return p00 * w00 + p10 * w10 + p01 * w01 + p11 * w11;
     }
     /// p0 and p1 stand for both pixels of their rows.
-    NOX_INLINE float repeated(S p0, S p1) const {
-        return static_cast<float>(p0) * (w00 + w10) + static_cast<float>(p1) * (w01 + w11);
-    }
+    NOX_INLINE float repeated(float p0, float p1) const { return p0 * (w00 + w10) + p1 * (w01 + w11); }
 };
 
-/// d[x] = value(x) for n elements, eight at a time; the last eight may be made in part once more.
-template <class Value>
-NOX_INLINE void fillRow(float *__restrict d, int n, const Value &value) {
-    if (n < 8) {
-        for (int x = 0; x < n; ++x)
-            d[x] = value(x);
-        return;
-    }
-    for (int next = 0; next < n; next += 8) {
-        const int first = std::min(next, n - 8);
-#pragma GCC ivdep
-        for (int x = first; x < first + 8; ++x)
-            d[x] = value(x);
-    }
+/// @name Four pixels as floats
+/// @{
+NOX_INLINE __m128 loadFour(const Nox8u *p) {
+    int bytes;
+    std::memcpy(&bytes, p, sizeof(bytes));
+    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(bytes), _mm_setzero_si128());
+    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
 }
+NOX_INLINE __m128 loadFour(const Nox16u *p) {
+    const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(p));
+    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
+}
+NOX_INLINE __m128 loadFour(const Nox32f *p) { return _mm_loadu_ps(p); }
+/// @}
+
+/// Four pixels at a time.
+class FloatBlock {
+public:
+    NOX_INLINE explicit FloatBlock(const FloatBilinear &b)
+        : w00_(_mm_set1_ps(b.w00)), w10_(_mm_set1_ps(b.w10)), w01_(_mm_set1_ps(b.w01)), w11_(_mm_set1_ps(b.w11)) {}
+
+    NOX_INLINE __m128 operator()(__m128 p00, __m128 p10, __m128 p01, __m128 p11) const {
+        const __m128 upper = _mm_add_ps(_mm_mul_ps(p00, w00_), _mm_mul_ps(p10, w10_));
+        return _mm_add_ps(_mm_add_ps(upper, _mm_mul_ps(p01, w01_)), _mm_mul_ps(p11, w11_));
+    }
+
+private:
+    __m128 w00_, w10_, w01_, w11_;
+};
 
 } // namespace nox

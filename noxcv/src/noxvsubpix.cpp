@@ -15,7 +15,6 @@ struct Axis {
     float fraction;
 
     int inner() const { return max - min + 1; }
-    int end() const { return start + inner(); } ///< sample of the cell behind max
 };
 
 /// n cells around `centre` over s samples. The first cell's place is single precision, its floor is exact.
@@ -33,76 +32,94 @@ Axis placeAxis(float centre, int n, int s) {
     return {n, min, last, start, fraction};
 }
 
-/// The cells of a row: `before` up to min, inner(d) from there on, `after` behind max.
-template <class D, class Inner>
-NOX_INLINE void fillCells(D *d, const Axis &x, D before, D after, const Inner &inner) {
-    for (int u = 0; u < x.min; ++u)
-        d[u] = before;
-    inner(d + x.min);
-    for (int u = x.max + 1; u < x.length; ++u)
-        d[u] = after;
-}
-
 /// Cells of an integer patch, in two rows of the source or in one.
 template <class S, class D>
 struct Cells {
     FixedBilinear<S, D> two, one;
-    FixedBlock<S, D> twoBlock, oneBlock;
 
     NOX_INLINE Cells(const Axis &x, const Axis &y, FixedScale scale)
-        : two(fixedAxis<S>(x.fraction), fixedAxis<S>(y.fraction), scale), one(fixedAxis<S>(x.fraction), scale),
-          twoBlock(two), oneBlock(one) {}
+        : two(fixedAxis<S>(x.fraction), fixedAxis<S>(y.fraction), scale), one(fixedAxis<S>(x.fraction), scale) {}
 
     NOX_INLINE D repeatedTwo(S p, S q) const { return two.repeated(p, q); }
     NOX_INLINE D repeatedOne(S p) const { return one.repeated(p); }
-    NOX_INLINE void rowOfTwo(const S *p, const S *q, D *d, int n) const { interpolateRow(p, q, d, n, two, twoBlock); }
-    NOX_INLINE void rowOfOne(const S *p, D *d, int n) const { interpolateRow(p, p, d, n, one, oneBlock); }
+    /// n cells in rows of two, from the pixels at src on.
+    NOX_INLINE void rowsOfTwo(Rows<const S> src, Rows<D> dst, int n, int rows) const {
+        const FixedBlock<S, D> block{FixedConstants(two)};
+        for (int v = 0; v < rows; ++v)
+            interpolateRow(src[v], src[v + 1], dst[v], n, two, block);
+    }
+    NOX_INLINE void rowOfOne(const S *p, D *d, int n) const {
+        interpolateRow(p, p, d, n, one, FixedBlock<S, D>{FixedConstants(one)});
+    }
 };
 
 /// Cells of a float patch.
 template <class S>
 struct Cells<S, Nox32f> {
     AxisWeights<float> axis;
-    FloatBilinear<S> two;
+    FloatBilinear two;
 
     NOX_INLINE Cells(const Axis &x, const Axis &y, FixedScale)
         : axis(floatAxis(x.fraction)), two(axis, floatAxis(y.fraction)) {}
 
     NOX_INLINE float repeatedTwo(S p, S q) const { return two.repeated(p, q); }
     NOX_INLINE float repeatedOne(S p) const { return static_cast<float>(p) * (axis.far + axis.near); }
-    NOX_INLINE void rowOfTwo(const S *p, const S *q, float *d, int n) const {
-        fillRow(d, n, [=, this](int x) NOX_INLINE_LAMBDA { return two(p[x], p[x + 1], q[x], q[x + 1]); });
+    /// Goes down in columns of four cells, so that each row is read and converted once.
+    NOX_INLINE void rowsOfTwo(Rows<const S> src, Rows<float> dst, int n, int rows) const {
+        if (n < 4) {
+            for (int v = 0; v < rows; ++v)
+                for (int x = 0; x < n; ++x)
+                    dst[v][x] = two(src[v][x], src[v][x + 1], src[v + 1][x], src[v + 1][x + 1]);
+            return;
+        }
+        const FloatBlock block(two);
+        for (int next = 0; next < n; next += 4) {
+            const int x = std::min(next, n - 4); // the last four, some of them once more
+            __m128 p0 = loadFour(src[0] + x), p1 = loadFour(src[0] + x + 1);
+            for (int v = 0; v < rows; ++v) {
+                const __m128 q0 = loadFour(src[v + 1] + x), q1 = loadFour(src[v + 1] + x + 1);
+                _mm_storeu_ps(dst[v] + x, block(p0, p1, q0, q1));
+                p0 = q0;
+                p1 = q1;
+            }
+        }
     }
     NOX_INLINE void rowOfOne(const S *p, float *d, int n) const {
-        fillRow(d, n, [=, this](int x) NOX_INLINE_LAMBDA {
-            return static_cast<float>(p[x]) * axis.near + static_cast<float>(p[x + 1]) * axis.far;
-        });
+        for (int x = 0; x < n; ++x)
+            d[x] = static_cast<float>(p[x]) * axis.near + static_cast<float>(p[x + 1]) * axis.far;
     }
 };
 
 template <class S, class D>
 NOX_INLINE void fillInner(Rows<const S> src, Rows<D> dst, const Axis &x, const Axis &y, const Cells<S, D> &cells) {
-    for (int v = y.min, row = y.start; v <= y.max; ++v, ++row)
-        cells.rowOfTwo(src[row] + x.start, src[row + 1] + x.start, dst[v] + x.min, x.inner());
+    cells.rowsOfTwo({src[y.start] + x.start, src.step}, {dst[y.min] + x.min, dst.step}, x.inner(), y.inner());
 }
 
+/// The cells left and right of the inner ones.
+template <class D>
+NOX_INLINE void fillSides(D *d, const Axis &x, D before, D after) {
+    for (int u = 0; u < x.min; ++u)
+        d[u] = before;
+    for (int u = x.max + 1; u < x.length; ++u)
+        d[u] = after;
+}
+
+/// All cells but the inner ones.
 template <class S, class D>
-NOX_INLINE void fillPatch(Rows<const S> src, NoxiSize srcRoi, Rows<D> dst, const Axis &x, const Axis &y,
+NOX_INLINE void fillOuter(Rows<const S> src, NoxiSize srcRoi, Rows<D> dst, const Axis &x, const Axis &y,
                           const Cells<S, D> &cells) {
     const int last = srcRoi.width - 1;
-    const auto repeatRow = [&](const S *p, D *d) NOX_INLINE_LAMBDA {
-        fillCells(d, x, cells.repeatedOne(p[0]), cells.repeatedOne(p[last]),
-                  [&](D *inner) NOX_INLINE_LAMBDA { cells.rowOfOne(p + x.start, inner, x.inner()); });
-    };
-    for (int v = 0; v < y.min; ++v)
-        repeatRow(src[0], dst[v]);
-    for (int v = y.min, row = y.start; v <= y.max; ++v, ++row) {
-        const S *p = src[row], *q = src[row + 1];
-        fillCells(dst[v], x, cells.repeatedTwo(p[0], q[0]), cells.repeatedTwo(p[last], q[last]),
-                  [&](D *inner) NOX_INLINE_LAMBDA { cells.rowOfTwo(p + x.start, q + x.start, inner, x.inner()); });
+    if (x.inner() < x.length)
+        for (int v = y.min, row = y.start; v <= y.max; ++v, ++row)
+            fillSides(dst[v], x, cells.repeatedTwo(src[row][0], src[row + 1][0]),
+                      cells.repeatedTwo(src[row][last], src[row + 1][last]));
+    for (int v = 0; v < y.length; ++v) {
+        if (v >= y.min && v <= y.max)
+            continue;
+        const S *p = src[v < y.min ? 0 : srcRoi.height - 1];
+        fillSides(dst[v], x, cells.repeatedOne(p[0]), cells.repeatedOne(p[last]));
+        cells.rowOfOne(p + x.start, dst[v] + x.min, x.inner());
     }
-    for (int v = y.max + 1; v < y.length; ++v)
-        repeatRow(src[srcRoi.height - 1], dst[v]);
 }
 
 template <class S, class D>
@@ -112,27 +129,22 @@ NOX_TIERS void innerKernel(const S *src, int srcStep, D *dst, int dstStep, const
 }
 
 template <class S, class D>
-NOX_TIERS void patchKernel(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, const Axis &x,
+NOX_TIERS void outerKernel(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, const Axis &x,
                            const Axis &y, FixedScale scale) {
-    fillPatch<S, D>({src, srcStep}, srcRoi, {dst, dstStep}, x, y, Cells<S, D>(x, y, scale));
+    fillOuter<S, D>({src, srcStep}, srcRoi, {dst, dstStep}, x, y, Cells<S, D>(x, y, scale));
 }
 
-struct Place {
-    Axis x, y;
-
-    Place(NoxiPoint32f point, NoxiSize dstRoi, NoxiSize srcRoi, NoxiPoint *min, NoxiPoint *max)
-        : x(placeAxis(point.x, dstRoi.width, srcRoi.width)), y(placeAxis(point.y, dstRoi.height, srcRoi.height)) {
-        *min = {x.min, y.min};
-        *max = {x.max, y.max};
-    }
-};
-
+/// Places a patch and fills its inner part, and the rest as well if it is to be whole.
 template <class S, class D>
-NoxStatus cutInner(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
-                   NoxiPoint *min, NoxiPoint *max, FixedScale scale = plainScale<S>) {
-    const Place place(point, dstRoi, srcRoi, min, max);
-    if (place.x.inner() > 0 && place.y.inner() > 0)
-        innerKernel(src, srcStep, dst, dstStep, place.x, place.y, scale);
+NoxStatus cut(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
+              NoxiPoint *min, NoxiPoint *max, FixedScale scale, bool whole) {
+    const Axis x = placeAxis(point.x, dstRoi.width, srcRoi.width), y = placeAxis(point.y, dstRoi.height, srcRoi.height);
+    *min = {x.min, y.min};
+    *max = {x.max, y.max};
+    if (x.inner() > 0 && y.inner() > 0)
+        innerKernel(src, srcStep, dst, dstStep, x, y, scale);
+    if (whole && (x.inner() < x.length || y.inner() < y.length))
+        outerKernel(src, srcStep, srcRoi, dst, dstStep, x, y, scale);
     return noxStsNoError;
 }
 
@@ -142,11 +154,14 @@ NoxStatus cutPatch(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstSt
     const NoxStatus status = firstFailure(checkPointers(src, dst, min, max), checkSize(srcRoi), checkSize(dstRoi),
                                           checkStep<S>(srcStep, srcRoi.width), checkStep<D>(dstStep, dstRoi.width),
                                           checkEvenSteps<S>(srcStep), checkEvenSteps<D>(dstStep));
-    if (status == noxStsNoError) {
-        const Place place(point, dstRoi, srcRoi, min, max);
-        patchKernel(src, srcStep, srcRoi, dst, dstStep, place.x, place.y, scale);
-    }
-    return status;
+    return status == noxStsNoError ? cut(src, srcStep, srcRoi, dst, dstStep, dstRoi, point, min, max, scale, true)
+                                   : status;
+}
+
+template <class S, class D>
+NoxStatus cutInner(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
+                   NoxiPoint *min, NoxiPoint *max, FixedScale scale = plainScale<S>) {
+    return cut(src, srcStep, srcRoi, dst, dstStep, dstRoi, point, min, max, scale, false);
 }
 
 } // namespace

@@ -24,34 +24,34 @@ inline float subpixFraction(float value) {
     return fraction < 0 ? fraction + 1 : fraction;
 }
 
-/// Weights and rounding of integer results; 8-bit sources have Q14, 16-bit ones Q15.
+/// Weights and rounding of integer results; 8-bit sources have Q14, 16-bit ones Q15. Sums of 16-bit pixels can pass
+/// 2^31 and are unsigned; a rounding term of 2^31, which only 8-bit pixels meet, makes the result negative.
 struct SubpixFixed {
-    int bits, ax, ay, bx, by, w00, w10, w01, w11;
-    std::int64_t rounding;
+    int bits;
+    unsigned ax, ay, bx, by, w00, w10, w01, w11, rounding;
     int shift;
 
     SubpixFixed(int fractionBits, float fx, float fy) : bits(fractionBits), shift(fractionBits) {
-        const int one = 1 << bits;
-        ax = static_cast<int>(fx * static_cast<float>(one) + 0.5F);
-        ay = static_cast<int>(fy * static_cast<float>(one) + 0.5F);
+        const unsigned one = 1U << bits;
+        ax = static_cast<unsigned>(fx * static_cast<float>(one) + 0.5F);
+        ay = static_cast<unsigned>(fy * static_cast<float>(one) + 0.5F);
         bx = one - ax;
         by = one - ay;
-        const auto product = [this](int a, int b) { return static_cast<int>((std::int64_t(a) * b + 16384) >> bits); };
-        w00 = product(bx, by);
-        w10 = product(ax, by);
-        w01 = product(bx, ay);
-        w11 = product(ax, ay);
-        rounding = std::int64_t(1) << (bits - 1);
+        w00 = (bx * by + 16384) >> bits;
+        w10 = (ax * by + 16384) >> bits;
+        w01 = (bx * ay + 16384) >> bits;
+        w11 = (ax * ay + 16384) >> bits;
+        rounding = 1U << (bits - 1);
     }
     void scaleBy(int factor) {
-        rounding = std::int64_t(1) << ((13 + factor) & 31);
-        if (rounding == std::int64_t(1) << 31) // the sign bit
-            rounding = -rounding;
-        shift = (14 + factor) & 31;
+        rounding = 1U << ((13U + unsigned(factor)) & 31);
+        shift = int((14U + unsigned(factor)) & 31);
     }
     template <class D>
-    D round(std::int64_t sum) const {
-        return static_cast<D>(std::clamp<std::int64_t>((sum + rounding) >> shift, 0, std::numeric_limits<D>::max()));
+    D round(unsigned sum) const {
+        if (rounding == 1U << 31)
+            return 0;
+        return static_cast<D>(std::min((sum + rounding) >> shift, unsigned(std::numeric_limits<D>::max())));
     }
 };
 
@@ -62,11 +62,9 @@ template <class S, class D>
 void copySubpixFixed(const S *src, int srcStep, D *dst, int dstStep, NoxiSize roi, const SubpixFixed &f) {
     for (int y = 0; y < roi.height; ++y)
         for (int x = 0; x < roi.width; ++x) {
-            const std::int64_t sum = std::int64_t(subpixAt(src, srcStep, x, y)) * f.w00 +
-                                     std::int64_t(subpixAt(src, srcStep, x + 1, y)) * f.w10 +
-                                     std::int64_t(subpixAt(src, srcStep, x, y + 1)) * f.w01 +
-                                     std::int64_t(subpixAt(src, srcStep, x + 1, y + 1)) * f.w11;
-            subpixAt(dst, dstStep, x, y) = f.round<D>(sum);
+            subpixAt(dst, dstStep, x, y) =
+                f.round<D>(subpixAt(src, srcStep, x, y) * f.w00 + subpixAt(src, srcStep, x + 1, y) * f.w10 +
+                           subpixAt(src, srcStep, x, y + 1) * f.w01 + subpixAt(src, srcStep, x + 1, y + 1) * f.w11);
         }
 }
 
@@ -118,11 +116,10 @@ inline SubpixAxis subpixAxis(float centre, int n, int s) {
 /// One cell of a patch. px and py tell whether the cell has two neighbours along that axis.
 template <class S, class D>
 D subpixCell(S p00, S p10, S p01, S p11, bool px, bool py, const SubpixFixed &f) {
-    using I = std::int64_t;
     if (py)
-        return f.round<D>(px ? I(p00) * f.w00 + I(p10) * f.w10 + I(p01) * f.w01 + I(p11) * f.w11
-                             : I(p00) * (f.w00 + f.w10) + I(p01) * (f.w01 + f.w11));
-    return f.round<D>(px ? I(p00) * f.bx + I(p10) * f.ax : I(p00) * (f.ax + f.bx));
+        return f.round<D>(px ? p00 * f.w00 + p10 * f.w10 + p01 * f.w01 + p11 * f.w11
+                             : p00 * (f.w00 + f.w10) + p01 * (f.w01 + f.w11));
+    return f.round<D>(px ? p00 * f.bx + p10 * f.ax : p00 * (f.ax + f.bx));
 }
 
 struct SubpixFloat {
