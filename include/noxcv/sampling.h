@@ -94,6 +94,95 @@ NOX_API NoxStatus noxiCopySubpixIntersect_32f_C1R(const Nox32f *src, int srcStep
                                                   NoxiPoint *max);
 /** @} */
 
+/**
+ * @name Pixels along a line
+ * Copies the pixels of a straight segment from pt1 to pt2, both included, to dst, one after the other (J. Bresenham,
+ * "Algorithm for computer control of a digital plotter", 1965). There are max(|pt2.x - pt1.x|, |pt2.y - pt1.y|) + 1 of
+ * them, and dst must hold as many, of one or three elements each. The walk takes one step along its main axis for each
+ * pixel; that is the axis of the greater distance, y if both are the same.
+ *
+ * Status, in this order: noxStsNullPointer (src, dst), noxStsBadSize, noxStsBadStep, noxStsOddStep (16u, 32f),
+ * noxStsOutOfRange (an end point outside roi).
+ * @{
+ */
+NOX_API NoxStatus noxiSampleLine_8u_C1R(const Nox8u *src, int srcStep, NoxiSize roi, Nox8u *dst, NoxiPoint pt1,
+                                        NoxiPoint pt2);
+NOX_API NoxStatus noxiSampleLine_8u_C3R(const Nox8u *src, int srcStep, NoxiSize roi, Nox8u *dst, NoxiPoint pt1,
+                                        NoxiPoint pt2);
+NOX_API NoxStatus noxiSampleLine_16u_C1R(const Nox16u *src, int srcStep, NoxiSize roi, Nox16u *dst, NoxiPoint pt1,
+                                         NoxiPoint pt2);
+NOX_API NoxStatus noxiSampleLine_16u_C3R(const Nox16u *src, int srcStep, NoxiSize roi, Nox16u *dst, NoxiPoint pt1,
+                                         NoxiPoint pt2);
+NOX_API NoxStatus noxiSampleLine_32f_C1R(const Nox32f *src, int srcStep, NoxiSize roi, Nox32f *dst, NoxiPoint pt1,
+                                         NoxiPoint pt2);
+NOX_API NoxStatus noxiSampleLine_32f_C3R(const Nox32f *src, int srcStep, NoxiSize roi, Nox32f *dst, NoxiPoint pt1,
+                                         NoxiPoint pt2);
+/** @} */
+
+/**
+ * @name Radial undistortion
+ * Corrects the radial lens distortion of a camera image (D. Brown, "Close-range camera calibration", 1971). fx and fy
+ * are the focal lengths and (cx, cy) the principal point, in pixels; k1 and k2 are the radial coefficients. Pixel (x,
+ * y) of dst is the source at
+ *
+ *     (x + (x - cx) s, y + (y - cy) s)   with u = (x - cx)^2 / fx^2, v = (y - cy)^2 / fy^2,
+ *                                        s = k1 (u + v) + k2 (u + v)^2
+ *
+ * in single precision, interpolated bilinearly; integer results are rounded half up. Where the place is not within 0 to
+ * width - 1 and 0 to height - 1, the upper ends excluded, **dst keeps what it had**; so does the last row and column of
+ * an undistorted image. The channels of a pixel are written or kept together. src and dst may not overlap.
+ *
+ * buffer may be null, and is scratch for one call otherwise, of the size that noxiUndistortGetSize tells; the result is
+ * the same, bit for bit.
+ *
+ * Status, in this order: noxStsNullPointer (src, dst), noxStsBadSize, noxStsBadStep, noxStsOddStep (16u, 32f),
+ * noxStsBadArgument (fx or fy is 0 or not a number).
+ * @{
+ */
+NOX_API NoxStatus noxiUndistortRadial_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                             Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
+                                             Nox8u *buffer);
+NOX_API NoxStatus noxiUndistortRadial_16u_C1R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
+                                              Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
+                                              Nox8u *buffer);
+NOX_API NoxStatus noxiUndistortRadial_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                              Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
+                                              Nox8u *buffer);
+NOX_API NoxStatus noxiUndistortRadial_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                             Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
+                                             Nox8u *buffer);
+NOX_API NoxStatus noxiUndistortRadial_16u_C3R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
+                                              Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
+                                              Nox8u *buffer);
+NOX_API NoxStatus noxiUndistortRadial_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                              Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
+                                              Nox8u *buffer);
+/** @} */
+
+/**
+ * Makes the coordinate maps of an undistortion, for a remap elsewhere: pixel (x, y) of the corrected image is the
+ * source at (xMap(x, y), yMap(x, y)). Parameters are those of the radial undistortion, and p1 and p2 the tangential
+ * coefficients. If both are 0 the place is that of the radial undistortion; otherwise, in single precision,
+ *
+ *     x1 = (x - cx) / fx, y1 = (y - cy) / fy, r2 = x1^2 + y1^2, t = 2 p2 x1 + 2 p1 y1 + (k2 r2 + k1) r2,
+ *     xMap = x + fx p2 r2 + (x - cx) t,   yMap = y + fy p1 r2 + (y - cy) t
+ *
+ * This model has no terms in 2 x1^2 and 2 y1^2 beside r2. buffer is as above.
+ *
+ * Status, in this order: noxStsNullPointer (xMap, yMap), noxStsBadSize, noxStsBadStep, noxStsOddStep, noxStsBadArgument
+ * (fx or fy is 0 or not a number).
+ */
+NOX_API NoxStatus noxiCreateMapCameraUndistort_32f_C1R(Nox32f *xMap, int xMapStep, Nox32f *yMap, int yMapStep,
+                                                       NoxiSize roi, Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy,
+                                                       Nox32f k1, Nox32f k2, Nox32f p1, Nox32f p2, Nox8u *buffer);
+
+/**
+ * Tells the bytes of the buffer of the functions above: width rounded up to a multiple of 4, times 24, plus 32.
+ *
+ * Status, in this order: noxStsNullPointer (bufferSize), noxStsBadSize (a side below 1, or a size beyond 2147483647).
+ */
+NOX_API NoxStatus noxiUndistortGetSize(NoxiSize roi, int *bufferSize);
+
 NOX_END_DECLS
 
 #endif
