@@ -4,12 +4,14 @@
 // pixels of the run, in vectors; their four neighbours, read one pixel after the other; and the weighted sums, in
 // vectors.
 #include <algorithm>
-#include <bit>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
+
+#include <emmintrin.h>
 
 #include "checks.h"
 #include "noxcv/sampling.h"
@@ -143,112 +145,167 @@ NOX_TIERS void createMaps(Rows<float> xMap, Rows<float> yMap, NoxiSize roi, cons
 
 constexpr int runLength = 64;
 
-/// Places of a run of pixels: neighbours, weights, and whether there is a source at all (all bits or none). Places
-/// without a source are at pixel 0.
+/// Places of a run of pixels: the first of four neighbours, the weights of all, and whether there is a source at all
+/// (all bits or none). Places without a source are moved into the image.
 struct Places {
     alignas(32) int x[runLength], y[runLength], valid[runLength];
-    alignas(32) float a[runLength], b[runLength];
+    alignas(32) float w00[runLength], w10[runLength], w01[runLength], w11[runLength];
 
     NOX_INLINE void set(const Radial::Row &row, const Columns &columns, int left, int first, int n, NoxiSize roi) {
         const auto right = static_cast<float>(roi.width - 1), bottom = static_cast<float>(roi.height - 1);
+        const float lastX = std::nextafter(right, 0.0F), lastY = std::nextafter(bottom, 0.0F);
         for (int i = 0; i < n; ++i) {
             float sx, sy;
             row.place(columns, left, first + i, sx, sy);
-            const bool inside = (sx >= 0.0F) & (sy >= 0.0F) & (sx < right) & (sy < bottom);
-            sx = inside ? sx : 0.0F;
-            sy = inside ? sy : 0.0F;
+            const int inside = (sx >= 0.0F) & (sy >= 0.0F) & (sx < right) & (sy < bottom);
+            valid[i] = -inside;
+            sx = within(sx, lastX);
+            sy = within(sy, lastY);
             x[i] = static_cast<int>(sx);
             y[i] = static_cast<int>(sy);
-            a[i] = sx - static_cast<float>(x[i]);
-            b[i] = sy - static_cast<float>(y[i]);
-            valid[i] = inside ? -1 : 0;
+            const float a = sx - static_cast<float>(x[i]), b = sy - static_cast<float>(y[i]);
+            w00[i] = (1.0F - a) * (1.0F - b);
+            w10[i] = a * (1.0F - b);
+            w01[i] = b * (1.0F - a);
+            w11[i] = a * b;
         }
-    }
-};
-
-/// The two neighbours in each row of a run of pixels, as words of 32 bits that hold them one behind the other.
-template <class T, int Channels>
-struct Neighbours {
-    static constexpr int pixelSize = Channels * static_cast<int>(sizeof(T)), pairSize = 2 * pixelSize,
-                         words = (pairSize + 3) / 4;
-    alignas(32) std::uint32_t upper[words][runLength], lower[words][runLength];
-
-    NOX_INLINE void read(Rows<const T> src, const Places &places, int n) {
-        const auto *base = reinterpret_cast<const Nox8u *>(src.base);
-        for (int i = 0; i < n; ++i) {
-            const Nox8u *pixel = base + places.y[i] * src.step + static_cast<std::ptrdiff_t>(places.x[i]) * pixelSize;
-            readPair(pixel, upper, i);
-            readPair(pixel + src.step, lower, i);
-        }
-    }
-
-    /// Element `element` of the pair, as a float.
-    template <int element>
-    NOX_INLINE static float get(const std::uint32_t (&row)[words][runLength], int i) {
-        constexpr int byte = element * static_cast<int>(sizeof(T));
-        const std::uint32_t word = row[byte / 4][i];
-        if constexpr (std::is_floating_point_v<T>)
-            return std::bit_cast<float>(word);
-        else
-            return static_cast<float>(static_cast<int>(word >> (byte % 4 * 8) & std::numeric_limits<T>::max()));
     }
 
 private:
-    NOX_INLINE static void readPair(const Nox8u *pixel, std::uint32_t (&row)[words][runLength], int i) {
-        for (int word = 0; word < pairSize / 4; ++word)
-            std::memcpy(&row[word][i], pixel + 4 * word, 4);
-        if constexpr (pairSize % 4 != 0) {
-            std::uint16_t last;
-            std::memcpy(&last, pixel + pairSize - 2, 2);
-            row[words - 1][i] = last;
-        }
+    /// Moved into 0 to last; 0 for what is not a number.
+    NOX_INLINE static float within(float place, float last) {
+        const float positive = place > 0.0F ? place : 0.0F;
+        return positive < last ? positive : last;
     }
 };
 
-/// Channel `channel` of pixel i of a run.
-template <int channel, class T, int Channels>
-NOX_INLINE T interpolate(const Neighbours<T, Channels> &neighbours, float a, float b, int i) {
-    using N = Neighbours<T, Channels>;
-    const float p00 = N::template get<channel>(neighbours.upper, i),
-                p10 = N::template get<channel + Channels>(neighbours.upper, i),
-                p01 = N::template get<channel>(neighbours.lower, i),
-                p11 = N::template get<channel + Channels>(neighbours.lower, i);
-    const float sum = a * b * p11 + b * (1.0F - a) * p01 + (1.0F - a) * (1.0F - b) * p00 + a * (1.0F - b) * p10;
-    if constexpr (std::is_floating_point_v<T>)
-        return sum;
-    else
-        return static_cast<T>(static_cast<int>(sum + 0.5F));
+/// The first neighbour of pixel i of a run.
+template <int channels, class T>
+NOX_INLINE const T *neighbour(Rows<const T> src, const Places &places, int i) {
+    return src[places.y[i]] + static_cast<std::ptrdiff_t>(places.x[i]) * channels;
 }
 
+// One channel: the neighbours of a run are gathered first, and weighted in vectors.
+
+/// Two pixels in a word, the first of them in its low half.
 template <class T>
-NOX_INLINE void writeRun(T *__restrict dst, const Neighbours<T, 1> &neighbours, const Places &places, int n) {
+struct Pair {
+    using Word = std::conditional_t<sizeof(T) == 1, std::uint16_t, std::uint32_t>;
+    static constexpr int bits = 8 * static_cast<int>(sizeof(T));
+    alignas(32) std::uint32_t words[runLength];
+
+    NOX_INLINE void read(int i, const T *pixels) {
+        Word word;
+        std::memcpy(&word, pixels, sizeof(word));
+        words[i] = word;
+    }
+    NOX_INLINE float first(int i) const {
+        return static_cast<float>(static_cast<int>(words[i] & std::numeric_limits<T>::max()));
+    }
+    NOX_INLINE float second(int i) const { return static_cast<float>(static_cast<int>(words[i] >> bits)); }
+};
+
+template <>
+struct Pair<float> {
+    alignas(32) float pixel[2][runLength];
+
+    NOX_INLINE void read(int i, const float *pixels) {
+        std::memcpy(&pixel[0][i], pixels, sizeof(float));
+        std::memcpy(&pixel[1][i], pixels + 1, sizeof(float));
+    }
+    NOX_INLINE float first(int i) const { return pixel[0][i]; }
+    NOX_INLINE float second(int i) const { return pixel[1][i]; }
+};
+
+template <class T>
+NOX_INLINE void writeRun(std::integral_constant<int, 1>, Rows<const T> src, T *__restrict dst, const Places &places,
+                         int n) {
+    Pair<T> upper, lower;
     for (int i = 0; i < n; ++i) {
-        const T value = interpolate<0>(neighbours, places.a[i], places.b[i], i);
-        dst[i] = places.valid[i] != 0 ? value : dst[i];
+        const T *pixels = neighbour<1>(src, places, i);
+        upper.read(i, pixels);
+        lower.read(i, Rows<const T>{pixels, src.step}[1]);
+    }
+    for (int i = 0; i < n; ++i) {
+        const float sum = places.w11[i] * lower.second(i) + places.w01[i] * lower.first(i) +
+                          places.w00[i] * upper.first(i) + places.w10[i] * upper.second(i);
+        const T before = dst[i];
+        if constexpr (std::is_floating_point_v<T>)
+            dst[i] = places.valid[i] != 0 ? sum : before;
+        else
+            dst[i] = places.valid[i] != 0 ? static_cast<T>(static_cast<int>(sum + 0.5F)) : before;
     }
 }
 
-template <class T>
-NOX_INLINE void writeRun(T *__restrict dst, const Neighbours<T, 3> &neighbours, const Places &places, int n) {
-    alignas(32) T values[3][runLength];
-    for (int i = 0; i < n; ++i) {
-        values[0][i] = interpolate<0>(neighbours, places.a[i], places.b[i], i);
-        values[1][i] = interpolate<1>(neighbours, places.a[i], places.b[i], i);
-        values[2][i] = interpolate<2>(neighbours, places.a[i], places.b[i], i);
-    }
-    for (int i = 0; i < n; ++i)
-        if (places.valid[i] != 0)
-            for (int channel = 0; channel < 3; ++channel)
-                dst[3 * i + channel] = values[channel][i];
+// Three channels: a pixel is a vector. The fourth lane of a load belongs to a neighbour, never to what is beyond the
+// two pixels.
+
+/// The pixel at p, and the one behind it.
+NOX_INLINE void loadPixels(const float *p, __m128 &first, __m128 &second) {
+    first = _mm_loadu_ps(p);
+    const __m128 tail = _mm_loadu_ps(p + 2);
+    second = _mm_shuffle_ps(tail, tail, _MM_SHUFFLE(3, 3, 2, 1));
+}
+NOX_INLINE __m128 floatsOfWords(__m128i words) {
+    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
+}
+NOX_INLINE void loadPixels(const Nox16u *p, __m128 &first, __m128 &second) {
+    first = floatsOfWords(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(p)));
+    second = floatsOfWords(_mm_srli_si128(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(p + 2)), 2));
+}
+NOX_INLINE void loadPixels(const Nox8u *p, __m128 &first, __m128 &second) {
+    std::uint32_t head, tail;
+    std::memcpy(&head, p, sizeof(head));
+    std::memcpy(&tail, p + 2, sizeof(tail));
+    const auto words = [](std::uint32_t bytes) NOX_INLINE_LAMBDA {
+        return _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(bytes)), _mm_setzero_si128());
+    };
+    first = floatsOfWords(words(head));
+    second = floatsOfWords(words(tail >> 8));
 }
 
-template <class T, int Channels>
+/// Writes three lanes, integers with rounding.
+NOX_INLINE void storePixel(float *d, __m128 sum) {
+    _mm_storel_pi(reinterpret_cast<__m64 *>(d), sum);
+    _mm_store_ss(d + 2, _mm_movehl_ps(sum, sum));
+}
+NOX_INLINE __m128i rounded(__m128 sum) { return _mm_cvttps_epi32(_mm_add_ps(sum, _mm_set1_ps(0.5F))); }
+NOX_INLINE void storePixel(Nox16u *d, __m128 sum) {
+    const __m128i values =
+        _mm_srai_epi32(_mm_slli_epi32(rounded(sum), 16), 16); // signed, to pass the packing unchanged
+    alignas(16) Nox16u words[8];
+    _mm_store_si128(reinterpret_cast<__m128i *>(words), _mm_packs_epi32(values, values));
+    std::copy_n(words, 3, d);
+}
+NOX_INLINE void storePixel(Nox8u *d, __m128 sum) {
+    const __m128i words = _mm_packs_epi32(rounded(sum), _mm_setzero_si128());
+    const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(d, &bytes, 3);
+}
+
+template <class T>
+NOX_INLINE void writeRun(std::integral_constant<int, 3>, Rows<const T> src, T *dst, const Places &places, int n) {
+    for (int i = 0; i < n; ++i) {
+        if (places.valid[i] == 0)
+            continue;
+        const T *pixels = neighbour<3>(src, places, i);
+        __m128 p00, p10, p01, p11;
+        loadPixels(pixels, p00, p10);
+        loadPixels(Rows<const T>{pixels, src.step}[1], p01, p11);
+        const __m128 lower =
+            _mm_add_ps(_mm_mul_ps(_mm_set1_ps(places.w11[i]), p11), _mm_mul_ps(_mm_set1_ps(places.w01[i]), p01));
+        storePixel(dst + static_cast<std::ptrdiff_t>(3) * i,
+                   _mm_add_ps(_mm_add_ps(lower, _mm_mul_ps(_mm_set1_ps(places.w00[i]), p00)),
+                              _mm_mul_ps(_mm_set1_ps(places.w10[i]), p10)));
+    }
+}
+
+template <class T, int channels>
 NOX_TIERS void undistort(Rows<const T> src, Rows<T> dst, NoxiSize roi, const Lens &lens, Nox8u *buffer) {
     if (roi.width < 2 || roi.height < 2)
-        return; // no pixel has four neighbours
+        return; // no place has four neighbours
     const Radial model(lens);
     Places places;
-    Neighbours<T, Channels> neighbours;
     forStrips(roi.width, buffer, [&](const Columns &columns, int left, int width) NOX_INLINE_LAMBDA {
         model.setColumns(columns, left, width);
         for (int y = 0; y < roi.height; ++y) {
@@ -256,8 +313,8 @@ NOX_TIERS void undistort(Rows<const T> src, Rows<T> dst, NoxiSize roi, const Len
             for (int first = 0; first < width; first += runLength) {
                 const int n = std::min(runLength, width - first);
                 places.set(row, columns, left, first, n, roi);
-                neighbours.read(src, places, n);
-                writeRun(dst[y] + static_cast<std::ptrdiff_t>(left + first) * Channels, neighbours, places, n);
+                writeRun(std::integral_constant<int, channels>{}, src,
+                         dst[y] + static_cast<std::ptrdiff_t>(left + first) * channels, places, n);
             }
         }
     });
