@@ -23,14 +23,14 @@ static_assert(LDBL_MANT_DIG == 64, "long double must be the 80-bit extended form
 #define NOX_TIERS __attribute__((target_clones("avx2", "default")))
 #endif
 
-/// Kernels in explicit vectors are written once and compiled once per tier (noxvlanes.h); the wide tier is the avx2
-/// one.
+/// A kernel in explicit vectors that are wider than the baseline's: compiled for the avx2 tier alone, and called where
+/// wideTier() is true. Defined where the tiers are.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(NOXCV_BASELINE)
 #define NOX_WIDE_TIER __attribute__((target("avx2")))
 #endif
 
 namespace nox {
-/// True when this processor runs the wide tier; the library's load has asked it already.
+/// True when this processor runs the wide tier; loading the library has asked it already.
 [[gnu::always_inline]] inline bool wideTier() {
 #ifdef NOX_WIDE_TIER
     return __builtin_cpu_supports("avx2") != 0;

@@ -1,0 +1,192 @@
+// Patches around a real-valued point: whole, with the source's edge repeated, or the inner part only.
+#include "noxvsubpix.h"
+
+#include "checks.h"
+#include "noxvbilinear.h"
+#include "rows.h"
+
+using namespace nox;
+
+namespace {
+
+/// Where a patch lies along one axis. Cells min to max have two neighbours in the source; cell min is sample start.
+struct Axis {
+    int length, min, max, start;
+    float fraction;
+
+    int inner() const { return max - min + 1; }
+};
+
+/// n cells around `centre` over s samples. The first cell's place is single precision, its floor is exact.
+Axis placeAxis(float centre, int n, int s) {
+    const float left = centre - static_cast<float>(n - 1) * 0.5F;
+    const double place = left;
+    const float fraction = fractionOf(left);
+    if (!(place < s)) // not a number, too
+        return {n, 0, -1, s - 1, fraction};
+    if (place < -static_cast<double>(n))
+        return {n, n, n - 1, 0, fraction};
+    const int first = static_cast<int>(std::floor(place));
+    const int min = std::max(-first, 0), start = std::max(first, 0);
+    const auto last = static_cast<int>(std::min<long long>(n - 1LL, s - 2LL - first));
+    return {n, min, last, start, fraction};
+}
+
+/// Cells of an integer patch, in two rows of the source or in one.
+template <class S, class D>
+struct Cells {
+    FixedBilinear<S, D> two, one;
+
+    NOX_INLINE Cells(const Axis &x, const Axis &y, FixedScale scale)
+        : two(fixedAxis<S>(x.fraction), fixedAxis<S>(y.fraction), scale), one(fixedAxis<S>(x.fraction), scale) {}
+
+    NOX_INLINE D repeatedTwo(S p, S q) const { return two.repeated(p, q); }
+    NOX_INLINE D repeatedOne(S p) const { return one.repeated(p); }
+    /// n cells in rows of two, from the pixels at src on.
+    NOX_INLINE void rowsOfTwo(Rows<const S> src, Rows<D> dst, int n, int rows) const {
+        const FixedBlock<S, D> block{FixedConstants(two)};
+        for (int v = 0; v < rows; ++v)
+            interpolateRow(src[v], src[v + 1], dst[v], n, two, block);
+    }
+    NOX_INLINE void rowOfOne(const S *p, D *d, int n) const {
+        interpolateRow(p, p, d, n, one, FixedBlock<S, D>{FixedConstants(one)});
+    }
+};
+
+/// Cells of a float patch.
+template <class S>
+struct Cells<S, Nox32f> {
+    AxisWeights<float> axis;
+    FloatBilinear two;
+
+    NOX_INLINE Cells(const Axis &x, const Axis &y, FixedScale)
+        : axis(floatAxis(x.fraction)), two(axis, floatAxis(y.fraction)) {}
+
+    NOX_INLINE float repeatedTwo(S p, S q) const { return two.repeated(p, q); }
+    NOX_INLINE float repeatedOne(S p) const { return static_cast<float>(p) * (axis.far + axis.near); }
+    /// Goes down in columns of four cells, so that each row is read and converted once.
+    NOX_INLINE void rowsOfTwo(Rows<const S> src, Rows<float> dst, int n, int rows) const {
+        if (n < 4) {
+            for (int v = 0; v < rows; ++v)
+                for (int x = 0; x < n; ++x)
+                    dst[v][x] = two(src[v][x], src[v][x + 1], src[v + 1][x], src[v + 1][x + 1]);
+            return;
+        }
+        const FloatBlock block(two);
+        for (int next = 0; next < n; next += 4) {
+            const int x = std::min(next, n - 4); // the last four, some of them once more
+            __m128 p0 = loadFour(src[0] + x), p1 = loadFour(src[0] + x + 1);
+            for (int v = 0; v < rows; ++v) {
+                const __m128 q0 = loadFour(src[v + 1] + x), q1 = loadFour(src[v + 1] + x + 1);
+                _mm_storeu_ps(dst[v] + x, block(p0, p1, q0, q1));
+                p0 = q0;
+                p1 = q1;
+            }
+        }
+    }
+    NOX_INLINE void rowOfOne(const S *p, float *d, int n) const {
+        for (int x = 0; x < n; ++x)
+            d[x] = static_cast<float>(p[x]) * axis.near + static_cast<float>(p[x + 1]) * axis.far;
+    }
+};
+
+template <class S, class D>
+NOX_INLINE void fillInner(Rows<const S> src, Rows<D> dst, const Axis &x, const Axis &y, const Cells<S, D> &cells) {
+    cells.rowsOfTwo({src[y.start] + x.start, src.step}, {dst[y.min] + x.min, dst.step}, x.inner(), y.inner());
+}
+
+/// The cells left and right of the inner ones.
+template <class D>
+NOX_INLINE void fillSides(D *d, const Axis &x, D before, D after) {
+    for (int u = 0; u < x.min; ++u)
+        d[u] = before;
+    for (int u = x.max + 1; u < x.length; ++u)
+        d[u] = after;
+}
+
+/// All cells but the inner ones.
+template <class S, class D>
+NOX_INLINE void fillOuter(Rows<const S> src, NoxiSize srcRoi, Rows<D> dst, const Axis &x, const Axis &y,
+                          const Cells<S, D> &cells) {
+    const int last = srcRoi.width - 1;
+    if (x.inner() < x.length)
+        for (int v = y.min, row = y.start; v <= y.max; ++v, ++row)
+            fillSides(dst[v], x, cells.repeatedTwo(src[row][0], src[row + 1][0]),
+                      cells.repeatedTwo(src[row][last], src[row + 1][last]));
+    for (int v = 0; v < y.length; ++v) {
+        if (v >= y.min && v <= y.max)
+            continue;
+        const S *p = src[v < y.min ? 0 : srcRoi.height - 1];
+        fillSides(dst[v], x, cells.repeatedOne(p[0]), cells.repeatedOne(p[last]));
+        cells.rowOfOne(p + x.start, dst[v] + x.min, x.inner());
+    }
+}
+
+template <class S, class D>
+NOX_TIERS void innerKernel(const S *src, int srcStep, D *dst, int dstStep, const Axis &x, const Axis &y,
+                           FixedScale scale) {
+    fillInner<S, D>({src, srcStep}, {dst, dstStep}, x, y, Cells<S, D>(x, y, scale));
+}
+
+template <class S, class D>
+NOX_TIERS void outerKernel(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, const Axis &x,
+                           const Axis &y, FixedScale scale) {
+    fillOuter<S, D>({src, srcStep}, srcRoi, {dst, dstStep}, x, y, Cells<S, D>(x, y, scale));
+}
+
+/// Places a patch and fills its inner part, and the rest as well if it is to be whole.
+template <class S, class D>
+NoxStatus cut(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
+              NoxiPoint *min, NoxiPoint *max, FixedScale scale, bool whole) {
+    const Axis x = placeAxis(point.x, dstRoi.width, srcRoi.width), y = placeAxis(point.y, dstRoi.height, srcRoi.height);
+    *min = {x.min, y.min};
+    *max = {x.max, y.max};
+    if (x.inner() > 0 && y.inner() > 0)
+        innerKernel(src, srcStep, dst, dstStep, x, y, scale);
+    if (whole && (x.inner() < x.length || y.inner() < y.length))
+        outerKernel(src, srcStep, srcRoi, dst, dstStep, x, y, scale);
+    return noxStsNoError;
+}
+
+template <class S, class D>
+NoxStatus cutPatch(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
+                   NoxiPoint *min, NoxiPoint *max, FixedScale scale = plainScale<S>) {
+    const NoxStatus status = firstFailure(checkPointers(src, dst, min, max), checkSize(srcRoi), checkSize(dstRoi),
+                                          checkStep<S>(srcStep, srcRoi.width), checkStep<D>(dstStep, dstRoi.width),
+                                          checkEvenSteps<S>(srcStep), checkEvenSteps<D>(dstStep));
+    return status == noxStsNoError ? cut(src, srcStep, srcRoi, dst, dstStep, dstRoi, point, min, max, scale, true)
+                                   : status;
+}
+
+template <class S, class D>
+NoxStatus cutInner(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
+                   NoxiPoint *min, NoxiPoint *max, FixedScale scale = plainScale<S>) {
+    return cut(src, srcStep, srcRoi, dst, dstStep, dstRoi, point, min, max, scale, false);
+}
+
+} // namespace
+
+#define NOX_PATCH_MEMBER(NAME, CUT, SOURCE, DESTINATION)                                                               \
+    NoxStatus NAME(const SOURCE *src, int srcStep, NoxiSize srcRoi, DESTINATION *dst, int dstStep, NoxiSize dstRoi,    \
+                   NoxiPoint32f point, NoxiPoint *min, NoxiPoint *max) {                                               \
+        return CUT(src, srcStep, srcRoi, dst, dstStep, dstRoi, point, min, max);                                       \
+    }
+
+#define NOX_PATCH_MEMBER_SFS(NAME, CUT, SOURCE, DESTINATION)                                                           \
+    NoxStatus NAME(const SOURCE *src, int srcStep, NoxiSize srcRoi, DESTINATION *dst, int dstStep, NoxiSize dstRoi,    \
+                   NoxiPoint32f point, NoxiPoint *min, NoxiPoint *max, int scaleFactor) {                              \
+        return CUT(src, srcStep, srcRoi, dst, dstStep, dstRoi, point, min, max, scaleOf(scaleFactor));                 \
+    }
+
+NOX_PATCH_MEMBER(noxiCopySubpixIntersect_8u_C1R, cutPatch, Nox8u, Nox8u)
+NOX_PATCH_MEMBER_SFS(noxiCopySubpixIntersect_8u16u_C1R_Sfs, cutPatch, Nox8u, Nox16u)
+NOX_PATCH_MEMBER(noxiCopySubpixIntersect_16u_C1R, cutPatch, Nox16u, Nox16u)
+NOX_PATCH_MEMBER(noxiCopySubpixIntersect_8u32f_C1R, cutPatch, Nox8u, Nox32f)
+NOX_PATCH_MEMBER(noxiCopySubpixIntersect_16u32f_C1R, cutPatch, Nox16u, Nox32f)
+NOX_PATCH_MEMBER(noxiCopySubpixIntersect_32f_C1R, cutPatch, Nox32f, Nox32f)
+
+NOX_PATCH_MEMBER(ownGetRectSubpix_8u_C1R, cutInner, Nox8u, Nox8u)
+NOX_PATCH_MEMBER_SFS(ownGetRectSubpix_8u16u_C1R_Sfs, cutInner, Nox8u, Nox16u)
+NOX_PATCH_MEMBER(ownGetRectSubpix_16u_C1R, cutInner, Nox16u, Nox16u)
+NOX_PATCH_MEMBER(ownGetRectSubpix_16u32f_C1R, cutInner, Nox16u, Nox32f)
+NOX_PATCH_MEMBER(ownGetRectSubpix_32f_C1R, cutInner, Nox32f, Nox32f)
