@@ -196,42 +196,6 @@ TYPED_TEST(Mean, EveryThreadCountGivesTheSlicesResult) {
         }
 }
 
-TYPED_TEST(Mean, SlotsAreTakenFromTheAllocatorBeyond32Threads) {
-    using T = TypeParam;
-    // A flat image, so that floats make two passes with an allocation each.
-    const NoxiSize size = {4224, 1024}; // 33 times 2^17 pixels
-    Image<T> a(size.width, size.height, 3);
-    std::fill_n(a.data(), std::size_t(size.width) * size.height * 3, T(3));
-    const Image<Nox8u> mask(test::flatMask(size, 1));
-    const test::ThreadCount count(33);
-    for (const Member<T> &member : members<T>())
-        for (const int rows : {1024, 1023, 511}) {
-            SCOPED_TRACE(member.name);
-            const NoxiSize roi = {size.width, rows};
-            const int passes = std::is_floating_point_v<T> && member.deviates ? 2 : 1;
-            const int expected = member.slices(roi) == 1 ? 0 : passes;
-            Nox64f mean = 77, deviation = 77;
-            const auto call = [&] {
-                return member.call(a.data(), a.step(), mask.data(), mask.step(), roi, 1, &mean, &deviation);
-            };
-            for (int failing = 1; failing <= expected; ++failing) {
-                const test::CountedAllocator counted(failing);
-                EXPECT_EQ(call(), noxStsNoMemory);
-                EXPECT_EQ(counted.live(), 0);
-                EXPECT_EQ(mean, 77);
-                EXPECT_EQ(deviation, 77);
-            }
-            const test::CountedAllocator counted;
-            EXPECT_EQ(call(), noxStsNoError);
-            EXPECT_EQ(counted.allocations(), expected);
-            EXPECT_EQ(counted.live(), 0);
-            EXPECT_EQ(mean, 3);
-            if (member.deviates) {
-                EXPECT_EQ(deviation, 0);
-            }
-        }
-}
-
 TEST(Mean32f, FlatImageOfLargeValuesHasNoDeviation) {
     Image<Nox32f> a(640, 480);
     const Nox32f value = 123.0F * 65536.0F; // row sums of it are exact
@@ -301,6 +265,49 @@ TEST(MeanFull, EveryWidthUpToSomeVectors) {
     everyWidthUpToSomeVectors<Nox8s>();
     everyWidthUpToSomeVectors<Nox16u>();
     everyWidthUpToSomeVectors<Nox32f>();
+}
+
+template <class T>
+void slotsAreTakenFromTheAllocatorBeyond32Threads() {
+    // A flat image, so that floats make two passes with an allocation each.
+    const NoxiSize size = {4224, 1024}; // 33 times 2^17 pixels
+    Image<T> a(size.width, size.height, 3);
+    std::fill_n(a.data(), std::size_t(size.width) * size.height * 3, T(3));
+    const Image<Nox8u> mask(test::flatMask(size, 1));
+    const test::ThreadCount count(33);
+    for (const Member<T> &member : members<T>())
+        for (const int rows : {1024, 1023, 511}) {
+            SCOPED_TRACE(member.name);
+            const NoxiSize roi = {size.width, rows};
+            const int passes = std::is_floating_point_v<T> && member.deviates ? 2 : 1;
+            const int expected = member.slices(roi) == 1 ? 0 : passes;
+            Nox64f mean = 77, deviation = 77;
+            const auto call = [&] {
+                return member.call(a.data(), a.step(), mask.data(), mask.step(), roi, 1, &mean, &deviation);
+            };
+            for (int failing = 1; failing <= expected; ++failing) {
+                const test::CountedAllocator counted(failing);
+                EXPECT_EQ(call(), noxStsNoMemory);
+                EXPECT_EQ(counted.live(), 0);
+                EXPECT_EQ(mean, 77);
+                EXPECT_EQ(deviation, 77);
+            }
+            const test::CountedAllocator counted;
+            EXPECT_EQ(call(), noxStsNoError);
+            EXPECT_EQ(counted.allocations(), expected);
+            EXPECT_EQ(counted.live(), 0);
+            EXPECT_EQ(mean, 3);
+            if (member.deviates) {
+                EXPECT_EQ(deviation, 0);
+            }
+        }
+}
+
+TEST(MeanFull, SlotsAreTakenFromTheAllocatorBeyond32Threads) {
+    slotsAreTakenFromTheAllocatorBeyond32Threads<Nox8u>();
+    slotsAreTakenFromTheAllocatorBeyond32Threads<Nox8s>();
+    slotsAreTakenFromTheAllocatorBeyond32Threads<Nox16u>();
+    slotsAreTakenFromTheAllocatorBeyond32Threads<Nox32f>();
 }
 
 TEST(Mean8uFull, HugeImagesAreExact) {
