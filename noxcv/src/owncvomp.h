@@ -51,8 +51,13 @@ inline bool largeEnough(NoxiSize roi, int shift) {
 /// Runs body(Slice) for every slice of `rows` rows in a team of threads_omp_of_n_nox threads. The runtime may deliver
 /// a smaller team than asked (nested region, thread limit): each thread takes every team-size-th slice, so that all
 /// slices are done whatever comes. Slices are numbered, so results joined in slice order do not depend on the team.
+/// A single slice runs on the calling thread, without a region.
 template <class Body>
 void parallelSlices(int rows, int slices, const Body &body) {
+    if (slices == 1) {
+        body(sliceOf(rows, 0, 1));
+        return;
+    }
 #pragma omp parallel num_threads(std::max(1, threads_omp_of_n_nox))
     {
         const int team = omp_get_num_threads();

@@ -1,0 +1,90 @@
+// The patches of the point tracker, and what is computed over them: derivatives, sums, the residual.
+#pragma once
+
+#include <algorithm>
+
+#include "noxtypes.h"
+#include "rows.h"
+#include "tiers.h"
+
+extern "C" {
+/// Interpolates a plane of derivatives: rect cells at dst, the first one from src on. The fraction of the place comes
+/// from the point and the patch around it: u = x - (patch.width - 1) / 2, and v likewise, in extended precision. With a
+/// = trunc(32768 fraction + 0.5) and b = 32768 - a an axis, the weights are (bx by + 16384) >> 15 and so on, and a cell
+/// is (sum + 16384) >> 15. Reads one column and one row more than rect. plane and scale are not looked at.
+NOX_GLOBAL void ownModifiedConvolution_16s_C1R(const Nox16s *src, int srcStep, Nox16s *dst, int dstStep, NoxiSize plane,
+                                               NoxiSize patch, NoxiSize rect, Nox32f x, Nox32f y, int scale);
+/// The same with the fractions themselves as weights, in single precision.
+void ownModifiedConvolution_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize plane,
+                                    NoxiSize patch, NoxiSize rect, Nox32f x, Nox32f y, int scale);
+
+/// Derivatives of a patch of size + 2 cells a side: with d(x) = s(x + 2) - s(x) and m(x) = 3 s(x) + 10 s(x + 1) +
+/// 3 s(x + 2) in each row, ix = (3 d(y) + 10 d(y + 1) + 3 d(y + 2) + 16) >> 5 and iy = (m(y + 2) - m(y) + 16) >> 5,
+/// saturated. Rows of ix and iy are written up to a multiple of eight cells, with zeros behind the last one; those of
+/// src are read two cells beyond that.
+void ownOptConvolution_16s_C1R(const Nox16s *src, int srcStep, Nox16s *ix, Nox16s *iy, int dstStep, int size);
+/// The same with the factors 0.09375 and 0.3125 and no shift, in single precision from left to right; size cells a row.
+void ownOptConvolution_32f_C1R(const Nox32f *src, int srcStep, Nox32f *ix, Nox32f *iy, int dstStep, int size);
+}
+
+namespace nox {
+
+/// Cells min to max of a window, both included.
+struct Window {
+    NoxiPoint min, max;
+
+    bool empty() const { return min.x > max.x || min.y > max.y; }
+    NoxiSize size() const { return {max.x - min.x + 1, max.y - min.y + 1}; }
+    bool operator==(const Window &other) const {
+        return min.x == other.min.x && min.y == other.min.y && max.x == other.max.x && max.y == other.max.y;
+    }
+};
+
+inline Window common(const Window &a, const Window &b) {
+    return {{std::max(a.min.x, b.min.x), std::max(a.min.y, b.min.y)},
+            {std::min(a.max.x, b.max.x), std::min(a.max.y, b.max.y)}};
+}
+
+/// The four patches of a point, windows of `size` cells a side. The first one has a ring of one cell around it. Rows
+/// are padded; the padding of ix and iy is zero, which lets integer sums run over whole vectors.
+template <class Cell>
+struct Patches {
+    int size, step;
+    Cell *first, *second, *ix, *iy;
+
+    static constexpr int pitchOf(int size) { return roundUp(size, 8) + 8; }
+    /// Cells of all four.
+    static constexpr long long cellsOf(int size) { return (4LL * size + 2) * pitchOf(size); }
+
+    /// Carves the patches out of cells that hold zeros.
+    Patches(Cell *cells, int windowSize)
+        : size(windowSize), step(pitchOf(windowSize) * static_cast<int>(sizeof(Cell))), first(cells),
+          second(first + patchCells(size + 2)), ix(second + patchCells(size)), iy(ix + patchCells(size)) {}
+
+    Rows<const Cell> firstRows() const { return Rows<const Cell>{first + 1, step}.from(1); }
+    Rows<const Cell> secondRows() const { return {second, step}; }
+    Rows<const Cell> ixRows() const { return {ix, step}; }
+    Rows<const Cell> iyRows() const { return {iy, step}; }
+
+private:
+    std::ptrdiff_t patchCells(int rows) const { return std::ptrdiff_t{pitchOf(size)} * rows; }
+};
+
+/// The sums over a window of ix r and of iy r.
+struct Projection {
+    long double x, y;
+};
+
+/// What r is: one of the derivatives, or the first patch minus the second.
+enum class Factor { ix, iy, residual };
+
+/// Integers: row sums are 32-bit and wrap, the total is exact. Floats: a row has four sums in double, of every fourth
+/// column from the window's first on, joined as (s0 + s2) + (s1 + s3); totals are extended.
+Projection project(const Patches<Nox16s> &patches, const Window &window, Factor factor);
+Projection project(const Patches<Nox32f> &patches, const Window &window, Factor factor);
+
+/// The sum of the squared residual over a window without its last column and row, in single precision, row by row.
+Nox32f squaredResidual(const Patches<Nox16s> &patches, const Window &window);
+Nox32f squaredResidual(const Patches<Nox32f> &patches, const Window &window);
+
+} // namespace nox
