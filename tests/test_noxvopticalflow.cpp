@@ -359,7 +359,7 @@ TYPED_TEST(OpticalFlow, PixelsThatAreNoNumbersLoseTheirPointsOnly) {
     if constexpr (std::is_same_v<M, Member32f>) {
         const NoxiSize size = {80, 60};
         const Pyramid<M> first(size, 2, 2), second(size, 2, 2, 0.5, 0.5);
-        for (int l = 0; l <= 2; ++l) {
+        for (int l = 0; l < 2; ++l) {
             first.image(l).at(10 >> l, 10 >> l) = notANumber;
             second.image(l).at(60 >> l, 40 >> l) = infinity;
         }
