@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -180,6 +181,18 @@ NOX_INLINE void interpolateRow(const S *p, const S *q, D *d, int n, const FixedB
 
 // ---- float results ----
 
+} // namespace nox
+
+/// The numbers 0 to 255: entry i holds i.
+extern "C" const std::array<Nox32f, 256> own8u32fTab;
+
+namespace nox {
+
+/// A single pixel as a float; a byte by lookup, which is shorter than a conversion. Vectors convert.
+NOX_INLINE float asFloat(Nox8u pixel) { return own8u32fTab[pixel]; }
+NOX_INLINE float asFloat(Nox16u pixel) { return static_cast<float>(pixel); }
+NOX_INLINE float asFloat(Nox32f pixel) { return pixel; }
+
 /// Weights of four float pixels.
 struct FloatBilinear {
     float w00, w10, w01, w11;
@@ -194,8 +207,7 @@ struct FloatBilinear {
     NOX_INLINE float repeated(float p0, float p1) const { return p0 * (w00 + w10) + p1 * (w01 + w11); }
 };
 
-/// @name Four pixels as floats
-/// @{
+// Four pixels as floats.
 NOX_INLINE __m128 loadFour(const Nox8u *p) {
     int bytes;
     std::memcpy(&bytes, p, sizeof(bytes));
@@ -207,7 +219,6 @@ NOX_INLINE __m128 loadFour(const Nox16u *p) {
     return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
 }
 NOX_INLINE __m128 loadFour(const Nox32f *p) { return _mm_loadu_ps(p); }
-/// @}
 
 /// Four pixels at a time.
 class FloatBlock {

@@ -102,21 +102,25 @@ struct FloatShift {
           ratio(x.near / x.far) {}
 
     NOX_INLINE float share(float p, float q) const { return p * upper + q * lower; }
-    /// The first pixel of a row has no column before.
-    NOX_INLINE float first(float p0, float q0, float p1, float q1) const { return p0 * w00 + q0 * w01 + share(p1, q1); }
 };
+
+/// The first pixel of a row has no column before it.
+template <class S>
+NOX_INLINE float firstOfRow(const S *p, const S *q, const FloatShift &shift) {
+    return asFloat(p[0]) * shift.w00 + asFloat(q[0]) * shift.w01 + shift.share(asFloat(p[1]), asFloat(q[1]));
+}
 
 template <class S>
 void shiftFloat(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, const FloatShift &shift) {
     for (int y = 0; y < roi.height; ++y) {
         const S *p = src[y], *q = src[y + 1];
-        float *d = dst[y], share = shift.share(p[1], q[1]);
-        d[0] = shift.first(p[0], q[0], p[1], q[1]);
-        for (int x = 1; x < roi.width; ++x) {
-            const float next = shift.share(p[x + 1], q[x + 1]);
-            d[x] = share * shift.ratio + next;
-            share = next;
-        }
+        float *__restrict d = dst[y];
+        const auto share = [&](int column) NOX_INLINE_LAMBDA {
+            return shift.share(static_cast<float>(p[column]), static_cast<float>(q[column]));
+        };
+        d[0] = firstOfRow(p, q, shift);
+        for (int x = 1; x < roi.width; ++x)
+            d[x] = share(x) * shift.ratio + share(x + 1);
     }
 }
 
@@ -152,7 +156,7 @@ NOX_WIDE_TIER void shiftFloatWide(Rows<const S> src, Rows<Nox32f> dst, NoxiSize 
         const int x = roi.width - 8; // the last eight, some of them once more
         _mm256_storeu_ps(d + x,
                          _mm256_add_ps(_mm256_mul_ps(shares(p + x, q + x), ratio), shares(p + x + 1, q + x + 1)));
-        d[0] = shift.first(p[0], q[0], p[1], q[1]);
+        d[0] = firstOfRow(p, q, shift);
     }
 }
 #endif

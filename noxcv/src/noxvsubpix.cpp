@@ -7,6 +7,13 @@
 
 using namespace nox;
 
+constinit const std::array<Nox32f, 256> own8u32fTab = [] {
+    std::array<Nox32f, 256> table{};
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = static_cast<Nox32f>(i);
+    return table;
+}();
+
 namespace {
 
 /// Where a patch lies along one axis. Cells min to max have two neighbours in the source; cell min is sample start.
@@ -62,14 +69,15 @@ struct Cells<S, Nox32f> {
     NOX_INLINE Cells(const Axis &x, const Axis &y, FixedScale)
         : axis(floatAxis(x.fraction)), two(axis, floatAxis(y.fraction)) {}
 
-    NOX_INLINE float repeatedTwo(S p, S q) const { return two.repeated(p, q); }
-    NOX_INLINE float repeatedOne(S p) const { return static_cast<float>(p) * (axis.far + axis.near); }
+    NOX_INLINE float repeatedTwo(S p, S q) const { return two.repeated(asFloat(p), asFloat(q)); }
+    NOX_INLINE float repeatedOne(S p) const { return asFloat(p) * (axis.far + axis.near); }
     /// Goes down in columns of four cells, so that each row is read and converted once.
     NOX_INLINE void rowsOfTwo(Rows<const S> src, Rows<float> dst, int n, int rows) const {
         if (n < 4) {
             for (int v = 0; v < rows; ++v)
                 for (int x = 0; x < n; ++x)
-                    dst[v][x] = two(src[v][x], src[v][x + 1], src[v + 1][x], src[v + 1][x + 1]);
+                    dst[v][x] = two(asFloat(src[v][x]), asFloat(src[v][x + 1]), asFloat(src[v + 1][x]),
+                                    asFloat(src[v + 1][x + 1]));
             return;
         }
         const FloatBlock block(two);
@@ -86,7 +94,7 @@ struct Cells<S, Nox32f> {
     }
     NOX_INLINE void rowOfOne(const S *p, float *d, int n) const {
         for (int x = 0; x < n; ++x)
-            d[x] = static_cast<float>(p[x]) * axis.near + static_cast<float>(p[x + 1]) * axis.far;
+            d[x] = asFloat(p[x]) * axis.near + asFloat(p[x + 1]) * axis.far;
     }
 };
 

@@ -271,11 +271,11 @@ NOX_INLINE void storePixel(float *d, __m128 sum) {
 }
 NOX_INLINE __m128i rounded(__m128 sum) { return _mm_cvttps_epi32(_mm_add_ps(sum, _mm_set1_ps(0.5F))); }
 NOX_INLINE void storePixel(Nox16u *d, __m128 sum) {
-    const __m128i values =
-        _mm_srai_epi32(_mm_slli_epi32(rounded(sum), 16), 16); // signed, to pass the packing unchanged
-    alignas(16) Nox16u words[8];
-    _mm_store_si128(reinterpret_cast<__m128i *>(words), _mm_packs_epi32(values, values));
-    std::copy_n(words, 3, d);
+    const __m128i values = _mm_srai_epi32(_mm_slli_epi32(rounded(sum), 16), 16); // signed: packing keeps the low bits
+    const __m128i words = _mm_packs_epi32(values, values);
+    const int head = _mm_cvtsi128_si32(words);
+    std::memcpy(d, &head, sizeof(head));
+    d[2] = static_cast<Nox16u>(_mm_extract_epi16(words, 2));
 }
 NOX_INLINE void storePixel(Nox8u *d, __m128 sum) {
     const __m128i words = _mm_packs_epi32(rounded(sum), _mm_setzero_si128());
