@@ -89,7 +89,7 @@ Picture montage(const Pyramid &pyramid) {
 
 /// The pixel of each grid cell with the strongest gradient in both directions, where there is one.
 std::vector<NoxiPoint32f> strongPoints(const Picture &gray) {
-    constexpr int cell = 11, margin = 12, weakest = 40;
+    constexpr int cell = 9, margin = 12, weakest = 40;
     const std::ptrdiff_t step = gray.step();
     std::vector<NoxiPoint32f> points;
     for (int top = margin; top + cell <= gray.size.height - margin; top += cell)
