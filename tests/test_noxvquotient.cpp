@@ -37,7 +37,7 @@ struct Comparison {
             if (std::abs(sum) <= Quotient<double>::largestSum && fits &&
                 quotient<Nox16s>(sum, wide) != expected<Nox16s>(sum, divisor))
                 return testing::AssertionFailure() << "double: " << sum << " / " << divisor;
-            if (std::abs(sum) < (1LL << 31) && std::abs(divisor) > 1 &&
+            if (std::abs(sum) < (1LL << 31) && std::abs(static_cast<long long>(divisor)) > 1 &&
                 quotient<Nox32s>(sum, wide) != expected<Nox32s>(sum, divisor))
                 return testing::AssertionFailure() << "32 bits: " << sum << " / " << divisor;
         }

@@ -15,10 +15,10 @@ NOX_INLINE Extremes include(Extremes extremes, const Nox32f *elements, int count
     Nox32s large = extremes.largest;
     Nox32u small = extremes.smallest;
     for (int x = 0; x < count; ++x) {
-        const auto bits = __builtin_bit_cast(Nox32s, elements[x]);
-        const Nox32s magnitude = bits & 0x7fffffff;
+        const auto bits = __builtin_bit_cast(Nox32u, elements[x]);
+        const auto magnitude = static_cast<Nox32s>(bits & 0x7fffffffU);
         // What goes with the lowest bit that is set: the last significant bit, or, of a power of two, at least half.
-        const Nox32f last = elements[x] - __builtin_bit_cast(Nox32f, bits & (bits - 1));
+        const Nox32f last = elements[x] - __builtin_bit_cast(Nox32f, bits & (bits - 1U));
         // Zeros become the largest of all.
         const Nox32u less = (__builtin_bit_cast(Nox32u, last) & 0x7fffffffU) - 1;
         large = large < magnitude ? magnitude : large;
