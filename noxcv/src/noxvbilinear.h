@@ -9,13 +9,11 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <type_traits>
-
-#include <emmintrin.h>
 
 #include "noxtypes.h"
 #include "numerics.h"
+#include "rows.h"
 #include "tiers.h"
 
 namespace nox {
@@ -104,80 +102,25 @@ private:
 struct FixedConstants {
     int upper, lower, rounding, shift;
     short flip; ///< moves results back
+    bool small; ///< no result needs more than 15 bits
 
     template <class S, class D>
     NOX_INLINE explicit FixedConstants(const FixedBilinear<S, D> &b)
         : upper(static_cast<int>(b.w00 | b.w10 << 16)), lower(static_cast<int>(b.w01 | b.w11 << 16)),
-          shift(b.scale.shift) {
-        const bool wide = sizeof(D) == 2 && shift <= 15;
+          shift(b.scale.shift), small(sizeof(D) == 1 || (sizeof(S) == 1 && shift >= 7)) {
         const unsigned source = sizeof(S) == 2 ? (b.w00 + b.w10 + b.w01 + b.w11) << 15 : 0U,
-                       result = wide ? 32768U << shift : 0U;
+                       result = small ? 0U : 32768U << shift;
         rounding = static_cast<int>(b.scale.rounding + source - result);
-        flip = static_cast<short>(wide ? -32768 : 0);
+        flip = static_cast<short>(small ? 0 : -32768);
     }
 };
 
-/// Eight pixels at a time.
+/// Whole rows of results, `size` of them: reads one column and one row more. In the order of memory, for images.
 template <class S, class D>
-class FixedBlock {
-public:
-    NOX_INLINE explicit FixedBlock(const FixedConstants &c)
-        : upper_(_mm_set1_epi32(c.upper)), lower_(_mm_set1_epi32(c.lower)), rounding_(_mm_set1_epi32(c.rounding)),
-          flip_(_mm_set1_epi16(c.flip)), shift_(_mm_cvtsi32_si128(c.shift)) {}
-
-    /// The results at d of the pixels from p in the upper row and q in the lower one; reads nine pixels of each.
-    NOX_INLINE void operator()(const S *p, const S *q, D *d) const {
-        const __m128i even = sum(p, q), odd = sum(p + 1, q + 1);
-        if constexpr (sizeof(D) == 1) {
-            const __m128i words = _mm_or_si128(even, _mm_slli_epi32(odd, 16));
-            _mm_storel_epi64(reinterpret_cast<__m128i *>(d), _mm_packus_epi16(words, words));
-        } else {
-            const __m128i parted = _mm_packs_epi32(even, odd);
-            const __m128i words = _mm_unpacklo_epi16(parted, _mm_srli_si128(parted, 8));
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(d), _mm_xor_si128(words, flip_));
-        }
-    }
-
-private:
-    NOX_INLINE static __m128i load(const S *p) {
-        const auto *group = reinterpret_cast<const __m128i *>(p);
-        if constexpr (sizeof(S) == 1)
-            return _mm_unpacklo_epi8(_mm_loadl_epi64(group), _mm_setzero_si128());
-        else
-            return _mm_xor_si128(_mm_loadu_si128(group), _mm_set1_epi16(-32768));
-    }
-    /// Four results, of every second pixel.
-    NOX_INLINE __m128i sum(const S *p, const S *q) const {
-        const __m128i rows = _mm_add_epi32(_mm_madd_epi16(load(p), upper_), _mm_madd_epi16(load(q), lower_));
-        const __m128i rounded = _mm_add_epi32(rows, rounding_);
-        if constexpr (std::is_same_v<S, D>)
-            return _mm_srai_epi32(rounded, weightBits<S>);
-        else
-            return _mm_sra_epi32(rounded, shift_);
-    }
-
-    __m128i upper_, lower_, rounding_, flip_, shift_;
-};
-
-/// n results at d from the rows p and q, of which n + 1 pixels are read.
+void interpolateImage(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedBilinear<S, D> &bilinear);
+/// The same for the few rows of a patch.
 template <class S, class D>
-NOX_INLINE void interpolateRow(const S *p, const S *q, D *d, int n, const FixedBilinear<S, D> &bilinear,
-                               const FixedBlock<S, D> &block) {
-    if constexpr (sizeof(S) == 2)
-        if (const S *copied = bilinear.copied(p, q)) {
-            std::copy_n(copied, n, d);
-            return;
-        }
-    if (n < 8) {
-        for (int x = 0; x < n; ++x)
-            d[x] = bilinear(p[x], p[x + 1], q[x], q[x + 1]);
-        return;
-    }
-    for (int x = 0; x <= n - 8; x += 8)
-        block(p + x, q + x, d + x);
-    if (n % 8 != 0) // the last eight, some of them once more
-        block(p + n - 8, q + n - 8, d + n - 8);
-}
+void interpolatePatch(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedBilinear<S, D> &bilinear);
 
 // ---- float results ----
 
@@ -207,32 +150,8 @@ struct FloatBilinear {
     NOX_INLINE float repeated(float p0, float p1) const { return p0 * (w00 + w10) + p1 * (w01 + w11); }
 };
 
-// Four pixels as floats.
-NOX_INLINE __m128 loadFour(const Nox8u *p) {
-    int bytes;
-    std::memcpy(&bytes, p, sizeof(bytes));
-    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(bytes), _mm_setzero_si128());
-    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
-}
-NOX_INLINE __m128 loadFour(const Nox16u *p) {
-    const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(p));
-    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, _mm_setzero_si128()));
-}
-NOX_INLINE __m128 loadFour(const Nox32f *p) { return _mm_loadu_ps(p); }
-
-/// Four pixels at a time.
-class FloatBlock {
-public:
-    NOX_INLINE explicit FloatBlock(const FloatBilinear &b)
-        : w00_(_mm_set1_ps(b.w00)), w10_(_mm_set1_ps(b.w10)), w01_(_mm_set1_ps(b.w01)), w11_(_mm_set1_ps(b.w11)) {}
-
-    NOX_INLINE __m128 operator()(__m128 p00, __m128 p10, __m128 p01, __m128 p11) const {
-        const __m128 upper = _mm_add_ps(_mm_mul_ps(p00, w00_), _mm_mul_ps(p10, w10_));
-        return _mm_add_ps(_mm_add_ps(upper, _mm_mul_ps(p01, w01_)), _mm_mul_ps(p11, w11_));
-    }
-
-private:
-    __m128 w00_, w10_, w01_, w11_;
-};
+/// The rows of a patch, as those of integers.
+template <class S>
+void interpolatePatch(Rows<const S> src, Rows<Nox32f> dst, NoxiSize size, const FloatBilinear &bilinear);
 
 } // namespace nox

@@ -1,5 +1,5 @@
 // Shift of an image by a fraction of a pixel.
-#include <immintrin.h>
+#include <algorithm>
 
 #include "checks.h"
 #include "noxcv/sampling.h"
@@ -8,89 +8,7 @@
 
 using namespace nox;
 
-namespace {
-
-// ---- integer results ----
-
-template <class S, class D>
-void shiftFixed(Rows<const S> src, Rows<D> dst, NoxiSize roi, const FixedBilinear<S, D> &bilinear) {
-    const FixedBlock<S, D> block{FixedConstants(bilinear)};
-    for (int y = 0; y < roi.height; ++y)
-        interpolateRow(src[y], src[y + 1], dst[y], roi.width, bilinear, block);
-}
-
-#ifdef NOX_WIDE_TIER
-#define NOX_INLINE_WIDE NOX_INLINE NOX_WIDE_TIER
-
-/// FixedBlock for sixteen pixels: the same steps, in each half of a wide vector.
-template <class S, class D>
-class WideFixedBlock {
-public:
-    NOX_INLINE_WIDE explicit WideFixedBlock(const FixedConstants &c)
-        : upper_(_mm256_set1_epi32(c.upper)), lower_(_mm256_set1_epi32(c.lower)),
-          rounding_(_mm256_set1_epi32(c.rounding)), flip_(_mm256_set1_epi16(c.flip)),
-          shift_(_mm_cvtsi32_si128(c.shift)) {}
-
-    NOX_INLINE_WIDE void operator()(const S *p, const S *q, D *d) const {
-        const __m256i even = sum(p, q), odd = sum(p + 1, q + 1);
-        if constexpr (sizeof(D) == 1) {
-            const __m256i words = _mm256_or_si256(even, _mm256_slli_epi32(odd, 16));
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(d),
-                             _mm_packus_epi16(_mm256_castsi256_si128(words), _mm256_extracti128_si256(words, 1)));
-        } else {
-            const __m256i parted = _mm256_packs_epi32(even, odd);
-            const __m256i words = _mm256_unpacklo_epi16(parted, _mm256_srli_si256(parted, 8));
-            _mm256_storeu_si256(reinterpret_cast<__m256i *>(d), _mm256_xor_si256(words, flip_));
-        }
-    }
-
-private:
-    NOX_INLINE_WIDE static __m256i load(const S *p) {
-        if constexpr (sizeof(S) == 1)
-            return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
-        else
-            return _mm256_xor_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(p)),
-                                    _mm256_set1_epi16(-32768));
-    }
-    NOX_INLINE_WIDE __m256i sum(const S *p, const S *q) const {
-        const __m256i rows = _mm256_add_epi32(_mm256_madd_epi16(load(p), upper_), _mm256_madd_epi16(load(q), lower_));
-        const __m256i rounded = _mm256_add_epi32(rows, rounding_);
-        if constexpr (std::is_same_v<S, D>)
-            return _mm256_srai_epi32(rounded, weightBits<S>);
-        else
-            return _mm256_sra_epi32(rounded, shift_);
-    }
-
-    __m256i upper_, lower_, rounding_, flip_;
-    __m128i shift_;
-};
-
-/// For rows of sixteen pixels and more, and weights below a whole 1.
-template <class S, class D>
-NOX_WIDE_TIER void shiftFixedWide(Rows<const S> src, Rows<D> dst, NoxiSize roi, const FixedBilinear<S, D> &bilinear) {
-    const WideFixedBlock<S, D> block{FixedConstants(bilinear)};
-    const int last = roi.width - 16;
-    for (int y = 0; y < roi.height; ++y) {
-        const S *p = src[y], *q = src[y + 1];
-        D *d = dst[y];
-        for (int x = 0; x < last; x += 16)
-            block(p + x, q + x, d + x);
-        block(p + last, q + last, d + last); // some of them once more
-    }
-}
-#endif
-
-template <class S, class D>
-void shiftImage(Rows<const S> src, Rows<D> dst, NoxiSize roi, float fx, float fy, FixedScale scale) {
-    const FixedBilinear<S, D> bilinear(fixedAxis<S>(fx), fixedAxis<S>(fy), scale);
-#ifdef NOX_WIDE_TIER
-    if (wideTier() && roi.width >= 16 && (sizeof(S) == 1 || bilinear.copied(src.base, src.base) == nullptr))
-        return shiftFixedWide(src, dst, roi, bilinear);
-#endif
-    shiftFixed(src, dst, roi, bilinear);
-}
-
-// ---- float results ----
+namespace nox {
 
 /// The float form hands the share of a column on to the next pixel: what the column gives the pixel before, times
 /// (1 - ax) / ax, is what it gives its own pixel. So ax may not be 0.
@@ -104,71 +22,44 @@ struct FloatShift {
     NOX_INLINE float share(float p, float q) const { return p * upper + q * lower; }
 };
 
+} // namespace nox
+
+#define NOX_KERNELS "noxvcopysubpixkernels.h"
+#include "noxveachtier.h"
+
+namespace {
+
+template <class S, class D>
+void shiftImage(Rows<const S> src, Rows<D> dst, NoxiSize roi, float fx, float fy, FixedScale scale) {
+    interpolateImage(src, dst, roi, FixedBilinear<S, D>(fixedAxis<S>(fx), fixedAxis<S>(fy), scale));
+}
+
 /// The first pixel of a row has no column before it.
 template <class S>
 NOX_INLINE float firstOfRow(const S *p, const S *q, const FloatShift &shift) {
     return asFloat(p[0]) * shift.w00 + asFloat(q[0]) * shift.w01 + shift.share(asFloat(p[1]), asFloat(q[1]));
 }
 
+/// Pixel by pixel, for rows that fill no vector.
 template <class S>
-void shiftFloat(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, const FloatShift &shift) {
+void shiftNarrow(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, const FloatShift &shift) {
     for (int y = 0; y < roi.height; ++y) {
         const S *p = src[y], *q = src[y + 1];
-        float *__restrict d = dst[y];
-        const auto share = [&](int column) NOX_INLINE_LAMBDA {
-            return shift.share(static_cast<float>(p[column]), static_cast<float>(q[column]));
-        };
-        d[0] = firstOfRow(p, q, shift);
+        const auto share = [&](int column) { return shift.share(asFloat(p[column]), asFloat(q[column])); };
         for (int x = 1; x < roi.width; ++x)
-            d[x] = share(x) * shift.ratio + share(x + 1);
+            dst[y][x] = share(x) * shift.ratio + share(x + 1);
     }
 }
-
-#ifdef NOX_WIDE_TIER
-NOX_INLINE_WIDE __m256 loadFloats(const Nox32f *p) { return _mm256_loadu_ps(p); }
-NOX_INLINE_WIDE __m256 loadFloats(const Nox8u *p) {
-    return _mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(p))));
-}
-NOX_INLINE_WIDE __m256 loadFloats(const Nox16u *p) {
-    return _mm256_cvtepi32_ps(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p))));
-}
-
-/// For rows of nine pixels and more.
-template <class S>
-NOX_WIDE_TIER void shiftFloatWide(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, const FloatShift &shift) {
-    const __m256 upper = _mm256_set1_ps(shift.upper), lower = _mm256_set1_ps(shift.lower),
-                 ratio = _mm256_set1_ps(shift.ratio);
-    const auto shares = [=](const S *p, const S *q) NOX_INLINE_LAMBDA NOX_WIDE_TIER {
-        return _mm256_add_ps(_mm256_mul_ps(loadFloats(p), upper), _mm256_mul_ps(loadFloats(q), lower));
-    };
-    for (int y = 0; y < roi.height; ++y) {
-        const S *p = src[y], *q = src[y + 1];
-        float *d = dst[y];
-        __m256i before = _mm256_setzero_si256();
-        for (int x = 0; x <= roi.width - 8; x += 8) {
-            const __m256 next = shares(p + x + 1, q + x + 1);
-            const __m256i bits = _mm256_castps_si256(next);
-            const __m256i middle = _mm256_permute2x128_si256(before, bits, 0x21);
-            const __m256 own = _mm256_castsi256_ps(_mm256_alignr_epi8(bits, middle, 12)); // next, one pixel later
-            _mm256_storeu_ps(d + x, _mm256_add_ps(_mm256_mul_ps(own, ratio), next));
-            before = bits;
-        }
-        const int x = roi.width - 8; // the last eight, some of them once more
-        _mm256_storeu_ps(d + x,
-                         _mm256_add_ps(_mm256_mul_ps(shares(p + x, q + x), ratio), shares(p + x + 1, q + x + 1)));
-        d[0] = firstOfRow(p, q, shift);
-    }
-}
-#endif
 
 template <class S>
 void shiftImage(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, float fx, float fy, FixedScale) {
     const FloatShift shift(floatAxis(std::max(fx, 1e-06F)), floatAxis(fy));
-#ifdef NOX_WIDE_TIER
-    if (wideTier() && roi.width >= 9)
-        return shiftFloatWide(src, dst, roi, shift);
-#endif
-    shiftFloat(src, dst, roi, shift);
+    if (roi.width < baseline::lanesOf<Nox32f>)
+        shiftNarrow(src, dst, roi, shift);
+    else
+        NOX_ON_TIER_FOR(roi.width * 4, shiftFloat(src, dst, roi, shift));
+    for (int y = 0; y < roi.height; ++y)
+        dst[y][0] = firstOfRow(src[y], src[y + 1], shift);
 }
 
 template <class S, class D>

@@ -29,9 +29,13 @@ namespace nox::wide {
 #undef NOX_LANES_TARGET
 } // namespace nox::wide
 /// Calls a function of both tiers in the one that this processor runs.
-#define NOX_ON_TIER(...) (nox::wideTier() ? nox::wide::__VA_ARGS__ : nox::baseline::__VA_ARGS__)
+#define NOX_ON_TIER(...) NOX_ON_TIER_FOR(32, __VA_ARGS__)
+/// The same for rows of so many bytes: the wide tier if they fill one of its vectors.
+#define NOX_ON_TIER_FOR(BYTES, ...)                                                                                    \
+    (nox::wideTier() && (BYTES) >= 32 ? nox::wide::__VA_ARGS__ : nox::baseline::__VA_ARGS__)
 #else
 #define NOX_ON_TIER(...) nox::baseline::__VA_ARGS__
+#define NOX_ON_TIER_FOR(BYTES, ...) nox::baseline::__VA_ARGS__
 #endif
 
 #undef NOX_LANES

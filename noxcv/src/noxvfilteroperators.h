@@ -1,6 +1,8 @@
 // The one-dimensional operators of the fixed border filters, on integers and on floats of any precision.
 #pragma once
 
+#include <type_traits>
+
 #include "numerics.h"
 #include "tiers.h"
 
@@ -118,17 +120,18 @@ struct LaplacianAddOperator {
     }
 };
 
-/// The negative of an operator.
+/// The negative of an operator. Integers, which end up in 16 bits, wrap before they are negated: otherwise the compiler
+/// takes lanes of 32 bits.
 template <class Operator>
 struct Negative {
     static constexpr int taps = Operator::taps, weight = Operator::weight;
-    template <class R>
-    NOX_INLINE static R of(R a, R b, R c) {
-        return -Operator::of(a, b, c);
-    }
-    template <class R>
-    NOX_INLINE static R of(R a, R b, R c, R d, R e) {
-        return -Operator::of(a, b, c, d, e);
+    template <class R, class... Rest>
+    NOX_INLINE static R of(R a, R b, R c, Rest... rest) {
+        const R value = Operator::of(a, b, c, rest...);
+        if constexpr (std::is_same_v<R, int>)
+            return -wrap<Nox16s>(value);
+        else
+            return -value;
     }
 };
 

@@ -1,4 +1,4 @@
-// The patches of the point tracker, and what is computed over them: derivatives, sums, the residual.
+// The patches of the point tracker, and their derivatives.
 #pragma once
 
 #include <algorithm>
@@ -46,13 +46,16 @@ inline Window common(const Window &a, const Window &b) {
 }
 
 /// The four patches of a point, windows of `size` cells a side. The first one has a ring of one cell around it. Rows
-/// are padded; the padding of ix and iy is zero, which lets integer sums run over whole vectors.
+/// are padded so that a vector can be loaded from every cell of a window.
 template <class Cell>
 struct Patches {
     int size, step;
     Cell *first, *second, *ix, *iy;
 
-    static constexpr int pitchOf(int size) { return roundUp(size, 8) + 8; }
+    static constexpr int pitchOf(int size) {
+        constexpr int lanes = 32 / sizeof(Cell);
+        return roundUp(size, lanes) + lanes;
+    }
     /// Cells of all four.
     static constexpr long long cellsOf(int size) { return (4LL * size + 2) * pitchOf(size); }
 
@@ -69,22 +72,5 @@ struct Patches {
 private:
     std::ptrdiff_t patchCells(int rows) const { return std::ptrdiff_t{pitchOf(size)} * rows; }
 };
-
-/// The sums over a window of ix r and of iy r.
-struct Projection {
-    long double x, y;
-};
-
-/// What r is: one of the derivatives, or the first patch minus the second.
-enum class Factor { ix, iy, residual };
-
-/// Integers: row sums are 32-bit and wrap, the total is exact. Floats: a row has four sums in double, of every fourth
-/// column from the window's first on, joined as (s0 + s2) + (s1 + s3); totals are extended.
-Projection project(const Patches<Nox16s> &patches, const Window &window, Factor factor);
-Projection project(const Patches<Nox32f> &patches, const Window &window, Factor factor);
-
-/// The sum of the squared residual over a window without its last column and row, in single precision, row by row.
-Nox32f squaredResidual(const Patches<Nox16s> &patches, const Window &window);
-Nox32f squaredResidual(const Patches<Nox32f> &patches, const Window &window);
 
 } // namespace nox

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "noxcv/sampling.h"
+#include "noxvopticalflowsums.h"
 #include "noxvsubpix.h"
 
 using namespace nox;
@@ -73,22 +74,16 @@ int planeStart(Nox32f centre, int winSize) {
 }
 
 /// The normal equations of a window.
-struct Matrix {
-    long double xx = 0, xy = 0, yy = 0, determinant = 0;
+struct NormalEquations {
+    GradientMatrix sums;
+    long double determinant = 0;
 
-    Matrix() = default;
-    template <class Cell>
-    Matrix(const Patches<Cell> &patches, const Window &window) {
-        const Projection x = project(patches, window, Factor::ix), y = project(patches, window, Factor::iy);
-        xx = x.x;
-        xy = x.y;
-        yy = y.y;
-        determinant = xx * yy - xy * xy;
-    }
+    NormalEquations() = default;
+    explicit NormalEquations(const GradientMatrix &g) : sums(g), determinant(g.xx * g.yy - g.xy * g.xy) {}
     /// Not a number counts as too small.
     bool solvable() const { return determinant >= smallestDeterminant; }
     Projection solve(const Projection &b) const {
-        return {(yy * b.x - xy * b.y) / determinant, (b.y * xx - b.x * xy) / determinant};
+        return {(sums.yy * b.x - sums.xy * b.y) / determinant, (b.y * sums.xx - b.x * sums.xy) / determinant};
     }
 };
 
@@ -132,7 +127,7 @@ template <class T>
 FlowEnd PointTracker<T>::iterate(const FlowLevel<T> &second, const Window &bounds, NoxiPoint32f &estimate,
                                  long double farAway) {
     Projection previous = {farAway, farAway};
-    Matrix matrix;
+    NormalEquations equations;
     for (int iteration = 0; iteration < call_.maxIter; ++iteration) {
         const Window window = common(bounds, cutSecond(second, estimate));
         const bool moved = iteration == 0 || !(window == window_);
@@ -140,10 +135,10 @@ FlowEnd PointTracker<T>::iterate(const FlowLevel<T> &second, const Window &bound
         if (window.empty())
             return FlowEnd::outside;
         if (moved)
-            matrix = Matrix(patches_, window);
-        if (!matrix.solvable())
+            equations = NormalEquations(squaredGradients(patches_, window));
+        if (!equations.solvable())
             return FlowEnd::lost;
-        const auto [dx, dy] = matrix.solve(project(patches_, window, Factor::residual));
+        const auto [dx, dy] = equations.solve(weightedResiduals(patches_, window));
         const long double x = estimate.x + dx, y = estimate.y + dy;
         estimate = toSingle(x, y);
         if (dx * dx + dy * dy < call_.squaredThreshold)

@@ -81,20 +81,22 @@ struct FiveRows {
     }
 };
 
-template <class T, int Channels>
-NOX_TIERS void combineRows(const FiveRows<T> &rows, Nox16u *sums, int width) {
+NOX_INLINE Nox16u downSum(unsigned a, unsigned b, unsigned c, unsigned d, unsigned e) {
+    return static_cast<Nox16u>(a + e + 4 * (b + d) + 6 * c);
+}
+
+/// The sums of the columns of three channels.
+template <class T>
+NOX_TIERS void combineRows3(const FiveRows<T> &rows, Nox16u *sums, int width) {
     const T *a = rows.row[0], *b = rows.row[1], *c = rows.row[2], *d = rows.row[3], *e = rows.row[4];
-    const int count = width * Channels;
-    for (int i = 0; i < count; ++i)
-        sums[i] =
-            static_cast<Nox16u>(biased(a[i]) + biased(e[i]) + 4 * (biased(b[i]) + biased(d[i])) + 6 * biased(c[i]));
+    for (int i = 0; i < width * 3; ++i)
+        sums[i] = downSum(biased(a[i]), biased(b[i]), biased(c[i]), biased(d[i]), biased(e[i]));
 }
 
 /// Two pixels on either side of a row of sums, reflected.
-template <int Channels>
-void reflectColumns(Nox16u *sums, int width) {
+void reflectColumns3(Nox16u *sums, int width) {
     for (const int x : {-2, -1, width, width + 1})
-        std::copy_n(sums + borderIndex(x, width, noxBorderMirror) * Channels, Channels, sums + x * Channels);
+        std::copy_n(sums + borderIndex(x, width, noxBorderMirror) * 3, 3, sums + x * 3);
 }
 
 /// The row filter at every other pixel of three channels, by way of the filter at every pixel: sequential accesses pay
@@ -110,31 +112,59 @@ NOX_TIERS void decimate3(const Nox16u *sums, Nox16u *filtered, T *dst, int width
             dst[x * 3 + c] = static_cast<T>(filtered[6 * x + c] ^ bias<T>);
 }
 
-using Pair [[gnu::aligned(2), gnu::may_alias]] = Nox32u;
-
-/// The same for one channel. Two neighbouring sums are handled as one 32-bit pair, the even one in the low half: no
-/// half overflows, so no shuffles are needed.
+using BytePair [[gnu::aligned(1), gnu::may_alias]] = Nox16u;
 template <class T>
-NOX_TIERS void decimate1(const Nox16u *sums, T *dst, int width) {
-    const auto *pairs = reinterpret_cast<const Pair *>(sums);
+constexpr unsigned bothBiases = bias<T> | bias<T> << 8;
+
+/// The sums of the columns of one channel, those of even and of odd columns apart; two neighbours are read as a pair.
+template <class T>
+NOX_TIERS void combineRows1(const FiveRows<T> &rows, Nox16u *__restrict even, Nox16u *__restrict odd, int width) {
+    const auto pairs = [&](int k) NOX_INLINE_LAMBDA { return reinterpret_cast<const BytePair *>(rows.row[k]); };
+    const BytePair *a = pairs(0), *b = pairs(1), *c = pairs(2), *d = pairs(3), *e = pairs(4);
+    constexpr unsigned biases = bothBiases<T>;
+    for (int x = 0; x < width / 2; ++x) {
+        const unsigned p = a[x] ^ biases, q = b[x] ^ biases, r = c[x] ^ biases, s = d[x] ^ biases, t = e[x] ^ biases;
+        even[x] = downSum(p & 0xff, q & 0xff, r & 0xff, s & 0xff, t & 0xff);
+        odd[x] = downSum(p >> 8, q >> 8, r >> 8, s >> 8, t >> 8);
+    }
+    if (width % 2 != 0) {
+        const auto last = [&](int k) NOX_INLINE_LAMBDA { return biased(rows.row[k][width - 1]); };
+        even[width / 2] = downSum(last(0), last(1), last(2), last(3), last(4));
+    }
+}
+
+/// Two columns on either side, reflected.
+void reflectColumns1(Nox16u *even, Nox16u *odd, int width) {
+    const auto sum = [&](int x) -> Nox16u & { return (x % 2 != 0 ? odd : even)[x >> 1]; };
+    for (const int x : {-2, -1, width, width + 1})
+        sum(x) = sum(borderIndex(x, width, noxBorderMirror));
+}
+
+template <class T>
+NOX_TIERS void decimate1(const Nox16u *even, const Nox16u *odd, T *__restrict dst, int width) {
     for (int x = 0; x < (width + 1) / 2; ++x) {
-        const Nox32u before = pairs[x - 1], here = pairs[x], after = pairs[x + 1];
-        const Nox32u even = (before + after + 6U * here) & 0xffffU, odd = (before + here) >> 16;
-        dst[x] = static_cast<T>(((even + 4U * odd + 128U) >> 8) ^ bias<T>);
+        const unsigned sum = even[x - 1] + 4U * (odd[x - 1] + odd[x]) + 6U * even[x] + even[x + 1];
+        dst[x] = static_cast<T>(roundedShift<8>(sum) ^ bias<T>);
     }
 }
 
 template <class T, int Channels>
 requires std::is_integral_v<T>
 void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
-    auto *const sums = reinterpret_cast<Nox16u *>(alignUp(buffer, bufferAlignment)) + 2 * Channels;
+    constexpr int margin = 2 * Channels;
+    auto *const sums = reinterpret_cast<Nox16u *>(alignUp(buffer, bufferAlignment)) + margin;
     for (int y = 0; y < (roi.height + 1) / 2; ++y) {
-        combineRows<T, Channels>(FiveRows<T>(src, 2 * y, roi.height), sums, roi.width);
-        reflectColumns<Channels>(sums, roi.width);
-        if constexpr (Channels == 1)
-            decimate1(sums, dst[y], roi.width);
-        else
+        const FiveRows<T> rows(src, 2 * y, roi.height);
+        if constexpr (Channels == 1) {
+            Nox16u *const odd = sums + roi.width / 2 + 2 * margin;
+            combineRows1(rows, sums, odd, roi.width);
+            reflectColumns1(sums, odd, roi.width);
+            decimate1(sums, odd, dst[y], roi.width);
+        } else {
+            combineRows3(rows, sums, roi.width);
+            reflectColumns3(sums, roi.width);
             decimate3(sums, sums + (roi.width + 2) * 3, dst[y], roi.width);
+        }
     }
 }
 
@@ -177,9 +207,7 @@ struct ThreeRows {
 NOX_INLINE Nox16u firstUp(Nox16u above, Nox16u here, Nox16u below) {
     return roundedShift<6>(above + 6U * here + below);
 }
-NOX_INLINE Nox16u secondUp(Nox16u here, Nox16u below) { return roundedShift<6>(4U * (here + below)); }
-
-using BytePair [[gnu::aligned(1), gnu::may_alias]] = Nox16u;
+NOX_INLINE Nox16u secondUp(Nox16u here, Nox16u below) { return roundedShift<4>(here + below); }
 
 /// The two destination rows of a source row. Of one channel, the pixels of an even and an odd place are stored as one
 /// 16-bit value.
@@ -188,16 +216,15 @@ NOX_TIERS void storeUp1(const ThreeRows<Nox16u> &rows, T *first, T *second, int 
     const Places<Nox16u> above = rows.above, here = rows.here, below = rows.below;
     auto *const firstPairs = reinterpret_cast<BytePair *>(first), *const secondPairs =
                                                                       reinterpret_cast<BytePair *>(second);
-    constexpr unsigned bothBiases = bias<T> | bias<T> << 8;
     for (int x = 0; x < width; ++x) {
         const unsigned even = firstUp(above.even[x], here.even[x], below.even[x]);
         const unsigned odd = firstUp(above.odd[x], here.odd[x], below.odd[x]);
-        firstPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases);
+        firstPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases<T>);
     }
     for (int x = 0; x < width; ++x) {
         const unsigned even = secondUp(here.even[x], below.even[x]);
         const unsigned odd = secondUp(here.odd[x], below.odd[x]);
-        secondPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases);
+        secondPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases<T>);
     }
 }
 

@@ -7,13 +7,6 @@
 
 using namespace nox;
 
-constinit const std::array<Nox32f, 256> own8u32fTab = [] {
-    std::array<Nox32f, 256> table{};
-    for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = static_cast<Nox32f>(i);
-    return table;
-}();
-
 namespace {
 
 /// Where a patch lies along one axis. Cells min to max have two neighbours in the source; cell min is sample start.
@@ -49,14 +42,11 @@ struct Cells {
 
     NOX_INLINE D repeatedTwo(S p, S q) const { return two.repeated(p, q); }
     NOX_INLINE D repeatedOne(S p) const { return one.repeated(p); }
-    /// n cells in rows of two, from the pixels at src on.
-    NOX_INLINE void rowsOfTwo(Rows<const S> src, Rows<D> dst, int n, int rows) const {
-        const FixedBlock<S, D> block{FixedConstants(two)};
-        for (int v = 0; v < rows; ++v)
-            interpolateRow(src[v], src[v + 1], dst[v], n, two, block);
-    }
-    NOX_INLINE void rowOfOne(const S *p, D *d, int n) const {
-        interpolateRow(p, p, d, n, one, FixedBlock<S, D>{FixedConstants(one)});
+    /// Rows of cells, from the pixels at src on.
+    void rowsOfTwo(Rows<const S> src, Rows<D> dst, NoxiSize size) const { interpolatePatch(src, dst, size, two); }
+    void rowOfOne(const S *p, D *d, int n) const {
+        if (n > 0)
+            interpolatePatch(Rows<const S>{p, 0}, Rows<D>{d, 0}, {n, 1}, one);
     }
 };
 
@@ -71,41 +61,21 @@ struct Cells<S, Nox32f> {
 
     NOX_INLINE float repeatedTwo(S p, S q) const { return two.repeated(asFloat(p), asFloat(q)); }
     NOX_INLINE float repeatedOne(S p) const { return asFloat(p) * (axis.far + axis.near); }
-    /// Goes down in columns of four cells, so that each row is read and converted once.
-    NOX_INLINE void rowsOfTwo(Rows<const S> src, Rows<float> dst, int n, int rows) const {
-        if (n < 4) {
-            for (int v = 0; v < rows; ++v)
-                for (int x = 0; x < n; ++x)
-                    dst[v][x] = two(asFloat(src[v][x]), asFloat(src[v][x + 1]), asFloat(src[v + 1][x]),
-                                    asFloat(src[v + 1][x + 1]));
-            return;
-        }
-        const FloatBlock block(two);
-        for (int next = 0; next < n; next += 4) {
-            const int x = std::min(next, n - 4); // the last four, some of them once more
-            __m128 p0 = loadFour(src[0] + x), p1 = loadFour(src[0] + x + 1);
-            for (int v = 0; v < rows; ++v) {
-                const __m128 q0 = loadFour(src[v + 1] + x), q1 = loadFour(src[v + 1] + x + 1);
-                _mm_storeu_ps(dst[v] + x, block(p0, p1, q0, q1));
-                p0 = q0;
-                p1 = q1;
-            }
-        }
-    }
-    NOX_INLINE void rowOfOne(const S *p, float *d, int n) const {
+    void rowsOfTwo(Rows<const S> src, Rows<float> dst, NoxiSize size) const { interpolatePatch(src, dst, size, two); }
+    void rowOfOne(const S *p, float *d, int n) const {
         for (int x = 0; x < n; ++x)
             d[x] = asFloat(p[x]) * axis.near + asFloat(p[x + 1]) * axis.far;
     }
 };
 
 template <class S, class D>
-NOX_INLINE void fillInner(Rows<const S> src, Rows<D> dst, const Axis &x, const Axis &y, const Cells<S, D> &cells) {
-    cells.rowsOfTwo({src[y.start] + x.start, src.step}, {dst[y.min] + x.min, dst.step}, x.inner(), y.inner());
+void fillInner(Rows<const S> src, Rows<D> dst, const Axis &x, const Axis &y, const Cells<S, D> &cells) {
+    cells.rowsOfTwo({src[y.start] + x.start, src.step}, {dst[y.min] + x.min, dst.step}, {x.inner(), y.inner()});
 }
 
 /// The cells left and right of the inner ones.
 template <class D>
-NOX_INLINE void fillSides(D *d, const Axis &x, D before, D after) {
+void fillSides(D *d, const Axis &x, D before, D after) {
     for (int u = 0; u < x.min; ++u)
         d[u] = before;
     for (int u = x.max + 1; u < x.length; ++u)
@@ -114,8 +84,8 @@ NOX_INLINE void fillSides(D *d, const Axis &x, D before, D after) {
 
 /// All cells but the inner ones.
 template <class S, class D>
-NOX_INLINE void fillOuter(Rows<const S> src, NoxiSize srcRoi, Rows<D> dst, const Axis &x, const Axis &y,
-                          const Cells<S, D> &cells) {
+void fillOuter(Rows<const S> src, NoxiSize srcRoi, Rows<D> dst, const Axis &x, const Axis &y,
+               const Cells<S, D> &cells) {
     const int last = srcRoi.width - 1;
     if (x.inner() < x.length)
         for (int v = y.min, row = y.start; v <= y.max; ++v, ++row)
@@ -130,18 +100,6 @@ NOX_INLINE void fillOuter(Rows<const S> src, NoxiSize srcRoi, Rows<D> dst, const
     }
 }
 
-template <class S, class D>
-NOX_TIERS void innerKernel(const S *src, int srcStep, D *dst, int dstStep, const Axis &x, const Axis &y,
-                           FixedScale scale) {
-    fillInner<S, D>({src, srcStep}, {dst, dstStep}, x, y, Cells<S, D>(x, y, scale));
-}
-
-template <class S, class D>
-NOX_TIERS void outerKernel(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, const Axis &x,
-                           const Axis &y, FixedScale scale) {
-    fillOuter<S, D>({src, srcStep}, srcRoi, {dst, dstStep}, x, y, Cells<S, D>(x, y, scale));
-}
-
 /// Places a patch and fills its inner part, and the rest as well if it is to be whole.
 template <class S, class D>
 NoxStatus cut(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
@@ -149,10 +107,13 @@ NoxStatus cut(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, N
     const Axis x = placeAxis(point.x, dstRoi.width, srcRoi.width), y = placeAxis(point.y, dstRoi.height, srcRoi.height);
     *min = {x.min, y.min};
     *max = {x.max, y.max};
+    const Rows<const S> from = {src, srcStep};
+    const Rows<D> to = {dst, dstStep};
+    const Cells<S, D> cells(x, y, scale);
     if (x.inner() > 0 && y.inner() > 0)
-        innerKernel(src, srcStep, dst, dstStep, x, y, scale);
+        fillInner(from, to, x, y, cells);
     if (whole && (x.inner() < x.length || y.inner() < y.length))
-        outerKernel(src, srcStep, srcRoi, dst, dstStep, x, y, scale);
+        fillOuter(from, srcRoi, to, x, y, cells);
     return noxStsNoError;
 }
 
