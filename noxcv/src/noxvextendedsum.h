@@ -27,10 +27,8 @@ struct Spread {
     double largest = 0, quantum = std::numeric_limits<double>::infinity();
 };
 
-/// The spread of count floats.
+/// A spread of count floats: the coarsest quantum where that may matter, and else one that is fine enough.
 Spread spreadOf(const Nox32f *elements, int count);
-/// The same; the floats are written as doubles, too.
-Spread widen(const Nox32f *elements, int count, Nox64f *wide);
 
 inline Spread join(const Spread &a, const Spread &b) {
     return {std::max(a.largest, b.largest), std::min(a.quantum, b.quantum)};
@@ -77,12 +75,14 @@ inline Nox32f certainFrom(double terms, double bound) {
     return certain <= 0x1p127 ? static_cast<Nox32f>(certain) : std::numeric_limits<Nox32f>::infinity();
 }
 
-/// Whether a double sum, rounded to single, may differ from the extended sum rounded to single. The bits of the double
-/// that rounding discards are, at a midpoint, 1 and 28 zeros.
+/// What is added to the low word of a double sum, and which of its bits are then zero, where the sum is that near to a
+/// midpoint: the 29 bits that rounding discards are, at a midpoint, 1 and 28 zeros.
+constexpr Nox32u midpointBias = (1U << 28) + midpointZone, midpointMask = ((1U << 29) - 1) & ~(2 * midpointZone - 1);
+
+/// Whether a double sum, rounded to single, may differ from the extended sum rounded to single.
 NOX_INLINE bool roundsDoubtfully(double sum, Nox32f rounded, Nox32f certain) {
-    constexpr Nox32u discarded = (1U << 29) - 1, half = 1U << 28;
-    const Nox32u shifted = static_cast<Nox32u>(__builtin_bit_cast(std::uint64_t, sum)) + half + midpointZone;
-    const bool atMidpoint = (shifted & discarded & ~(2 * midpointZone - 1)) == 0;
+    const Nox32u low = static_cast<Nox32u>(__builtin_bit_cast(std::uint64_t, sum));
+    const bool atMidpoint = ((low + midpointBias) & midpointMask) == 0;
     return atMidpoint | ((__builtin_bit_cast(Nox32s, rounded) & 0x7fffffff) < __builtin_bit_cast(Nox32s, certain));
 }
 

@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #include "checks.h"
 #include "noxcv/filter.h"
@@ -57,31 +59,42 @@ NoxStatus checkKernelSize(int kernelSize) { return require(kernelSize >= 3 && ke
 /// Row y of an image whose edge rows are repeated.
 int clampedRow(int y, int height) { return std::clamp(y, 0, height - 1); }
 
-/// Where the parts of the work buffer lie: taps, a row with its margins, row pointers, the ring.
+/// Where the parts of the work buffer lie: taps, a row with its margins, row pointers, the ring. The ring has one row
+/// more than the kernel, since two rows are formed at once, or as many as the image.
 struct WorkBuffer {
     Nox32f *taps, *scratch;
     const Nox32f **window;
     Nox32f *ring;
     std::ptrdiff_t ringStep; ///< elements from row to row
+    int ringRows;
 
-    WorkBuffer(Nox8u *buffer, int width, int tapCount)
+    WorkBuffer(Nox8u *buffer, NoxiSize roi, int tapCount)
         : taps(reinterpret_cast<Nox32f *>(buffer)), scratch(taps + tapCount),
-          window(reinterpret_cast<const Nox32f **>(alignUp(scratch + width + tapCount - 1, sizeof(void *)))),
-          ring(reinterpret_cast<Nox32f *>(alignUp(window + tapCount, 16))), ringStep(roundUp(width, 4)) {}
+          window(reinterpret_cast<const Nox32f **>(alignUp(scratch + roi.width + tapCount - 1, sizeof(void *)))),
+          ring(reinterpret_cast<Nox32f *>(alignUp(window + tapCount + 1, 16))), ringStep(roundUp(roi.width, 4)),
+          ringRows(std::min(tapCount + 1, roi.height)) {}
+    Nox32f *row(int y) const { return ring + y % ringRows * ringStep; }
 };
 
 void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tapCount, const WorkBuffer &work) {
     const int reach = tapCount / 2;
+    // Few rows lie in the nearest cache anyway; rows that overlap are written in their order.
+    const bool pairs = tapCount >= 7 && tapCount <= mostPairTaps &&
+                       std::abs(dst.step) >= static_cast<std::ptrdiff_t>(roi.width) * std::ptrdiff_t{sizeof(Nox32f)};
     int filtered = -1; // the last row in the ring
-    for (int y = 0; y < roi.height; ++y) {
-        while (filtered < clampedRow(y + reach, roi.height)) {
+    for (int y = 0; y < roi.height;) {
+        const int count = pairs && y + 1 < roi.height ? 2 : 1;
+        while (filtered < clampedRow(y + count - 1 + reach, roi.height)) {
             ++filtered;
-            ownRowConvolution(src[filtered], 0, work.ring + filtered % tapCount * work.ringStep, 0, roi.width, 1,
-                              work.taps, tapCount, work.scratch);
+            ownRowConvolution(src[filtered], 0, work.row(filtered), 0, roi.width, 1, work.taps, tapCount, work.scratch);
         }
-        for (int j = 0; j < tapCount; ++j)
-            work.window[j] = work.ring + clampedRow(y + j - reach, roi.height) % tapCount * work.ringStep;
-        sumTaps(ColumnWindow<Nox32f>{work.window, 0}, work.taps, tapCount, dst[y], roi.width);
+        for (int j = 0; j < tapCount + count - 1; ++j)
+            work.window[j] = work.row(clampedRow(y + j - reach, roi.height));
+        if (count == 2)
+            sumTapsTwice(work.window, work.taps, tapCount, dst[y], dst[y + 1], roi.width);
+        else
+            sumTaps(ColumnWindow<Nox32f>{work.window, 0}, work.taps, tapCount, dst[y], roi.width);
+        y += count;
     }
 }
 
@@ -128,7 +141,7 @@ NoxStatus noxiFilterGaussBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *
         firstFailure(checkPointers(src, dst, buffer), checkSize(roi), checkStep<Nox8u>(srcStep, roi.width),
                      checkStep<Nox8u>(dstStep, roi.width), checkKernelSize(kernelSize));
     if (status == noxStsNoError) {
-        const WorkBuffer work(buffer, roi.width, kernelSize);
+        const WorkBuffer work(buffer, roi, kernelSize);
         gaussTaps(work.taps, kernelSize, sigma);
         filterImage({src, srcStep}, {dst, dstStep}, roi, kernelSize, work);
     }

@@ -34,7 +34,7 @@ struct ColumnWindow {
     NOX_INLINE ColumnWindow from(int x) const { return {rows, offset + x}; }
 };
 
-/// Outputs a block, and the least count that the kernels take.
+/// Outputs a block, and the least count that the kernels of integers take.
 constexpr int blockLength = 256, vectorLength = 8;
 
 /// Sums of count >= vectorLength outputs in 32 bits, with wrap.
@@ -48,9 +48,22 @@ void sumTaps(ColumnWindow<Nox16s> window, const Nox16s *taps, int tapCount, Nox6
 void sumTaps(RowWindow<Nox16s> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
 void sumTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
 void sumTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
-void sumTaps(ColumnWindow<Nox64f> window, const Nox32f *taps, int tapCount, Nox64f *sums, int count);
 void sumTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
 void sumTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
+
+/// Two outputs of a column filter, of the rows from rows[0] and from rows[1] on, by 3 to mostPairTaps taps.
+constexpr int mostPairTaps = 64;
+void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second,
+                  int count);
+
+/// Sums in double precision, rounded to single: sums that are exact, and others, with true when roundsDoubtfully()
+/// holds for one of them.
+#define NOX_ROUND_TAPS(WINDOW)                                                                                         \
+    void roundExactTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count);                      \
+    bool roundTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain);
+NOX_ROUND_TAPS(RowWindow<Nox32f>)
+NOX_ROUND_TAPS(ColumnWindow<Nox32f>)
+#undef NOX_ROUND_TAPS
 
 /// Quotients, clamped and truncated.
 template <class T>
@@ -76,9 +89,7 @@ NOX_INLINE bool truncatesDoubtfully(Nox64f sum, Nox64f margin) {
     return (distance < 0 ? -distance : distance) <= margin;
 }
 
-/// Sums rounded to single precision.
-void storeRounded(const Nox64f *sums, Nox32f *dst, int count);
-/// The same; true when roundsDoubtfully() holds for one of them.
+/// Sums rounded to single precision; true when roundsDoubtfully() holds for one of them.
 bool storeRoundedTested(const Nox64f *sums, Nox32f *dst, int count, Nox32f certain);
 
 } // namespace nox

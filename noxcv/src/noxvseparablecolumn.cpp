@@ -18,27 +18,27 @@ void filterColumns(const Rule &rule, const T *const *rows, Rows<typename Rule::O
         filterLine(rule, ColumnWindow<T>{rows + y, 0}, dst[y], width);
 }
 
-/// A strip of single-precision columns whose rows are converted to double once, when they enter the window: a ring of
-/// rows with their spreads.
-class WideStrip {
+/// The spread of all rows.
+Spread spreadOfRows(const Nox32f *const *rows, int width, int count) {
+    Spread all;
+    for (int y = 0; y < count; ++y)
+        all = join(all, spreadOf(rows[y], width));
+    return all;
+}
+
+/// The spreads of the rows under a kernel; each row is looked at once.
+class SpreadWindow {
 public:
-    static constexpr int mostRows = 64, elements = 4096;
+    static constexpr int mostRows = 64;
 
-    /// Columns of a strip under a kernel of at most mostRows taps.
-    static int widthFor(int kernelSize) { return elements / kernelSize / vectorLength * vectorLength; }
-
-    explicit WideStrip(int kernelSize) : kernelSize_(kernelSize), width_(widthFor(kernelSize)) {}
-
-    /// Row y of those pushed takes the place of the oldest.
-    void push(const Nox32f *row, int count, int y) {
-        const int slot = y % kernelSize_;
-        spreads_[slot] = widen(row, count, elements_ + slot * width_);
-        lines_[slot] = lines_[slot + kernelSize_] = elements_ + slot * width_;
+    SpreadWindow(const Nox32f *const *rows, int width, int kernelSize)
+        : rows_(rows), width_(width), kernelSize_(kernelSize) {
+        for (int y = 0; y < kernelSize - 1; ++y)
+            push(y);
     }
-
-    /// The window that ends with row y.
-    ColumnWindow<Nox64f> window(int y) const { return {lines_ + (y + 1) % kernelSize_, 0}; }
-    Spread spread() const {
+    /// Of the rows from y on; y goes up by one from 0.
+    Spread at(int y) {
+        push(y + kernelSize_ - 1);
         Spread all;
         for (int slot = 0; slot < kernelSize_; ++slot)
             all = join(all, spreads_[slot]);
@@ -46,51 +46,25 @@ public:
     }
 
 private:
-    int kernelSize_, width_;
-    alignas(32) Nox64f elements_[elements];
+    void push(int y) { spreads_[y % kernelSize_] = spreadOf(rows_[y], width_); }
+
+    const Nox32f *const *rows_;
+    int width_, kernelSize_;
     Spread spreads_[mostRows];
-    const Nox64f *lines_[2 * mostRows];
 };
-
-/// Rows of a strip are too short for the processor to foresee the next one.
-void prefetch(const Nox32f *row, int count) {
-    constexpr int cacheLine = 64 / sizeof(Nox32f);
-    for (int x = 0; x < count; x += cacheLine)
-        __builtin_prefetch(row + x);
-}
-
-void filterStrip(const RoundedRule &rule, const Nox32f *const *rows, Rows<Nox32f> dst, int first, int width, int height,
-                 int kernelSize) {
-    WideStrip strip(kernelSize);
-    for (int y = 0; y < kernelSize - 1; ++y)
-        strip.push(rows[y] + first, width, y);
-    for (int y = 0; y < height; ++y) {
-        const int last = y + kernelSize - 1;
-        if (y + 1 < height)
-            prefetch(rows[last + 1] + first, width);
-        strip.push(rows[last] + first, width, last);
-        const Spread spread = strip.spread();
-        if (rule.fitsFloat(spread))
-            filterLine(rule, ColumnWindow<Nox32f>{rows + y, first}, dst[y] + first, width, spread);
-        else
-            filterLine(rule, strip.window(last), dst[y] + first, width, spread);
-    }
-}
 
 void filterColumns(const RoundedRule &rule, const Nox32f *const *rows, Rows<Nox32f> dst, int width, int height,
                    int kernelSize) {
-    if (kernelSize > WideStrip::mostRows) {
-        // The conversion is small beside so many taps; one spread serves all rows.
-        Spread spread;
-        for (int y = 0; y < height + kernelSize - 1; ++y)
-            spread = join(spread, spreadOf(rows[y], width));
+    if (kernelSize > SpreadWindow::mostRows) {
+        // The look at all rows is small beside so many taps.
+        const Spread all = spreadOfRows(rows, width, height + kernelSize - 1);
         for (int y = 0; y < height; ++y)
-            filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, spread);
+            filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, all);
         return;
     }
-    const int stripWidth = WideStrip::widthFor(kernelSize);
-    for (int x = 0; x < width; x += stripWidth)
-        filterStrip(rule, rows, dst, x, std::min(stripWidth, width - x), height, kernelSize);
+    SpreadWindow spreads(rows, width, kernelSize);
+    for (int y = 0; y < height; ++y)
+        filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, spreads.at(y));
 }
 
 template <class Rule, class T>

@@ -5,11 +5,14 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <utility>
+#include <type_traits>
 
 #include "noxvextendedsum.h"
 #include "noxvseparable.h"
 #include "numerics.h"
+
+#define NOX_KERNELS "noxvseparablereals.h"
+#include "noxveachtier.h"
 
 using namespace nox;
 
@@ -60,59 +63,17 @@ NOX_INLINE void sumIntegers(Window window, const Nox16s *taps, int tapCount, Nox
     }
 }
 
-/// Adds the taps j, j + 1, ... to the sums, or starts them.
-template <bool First, class Window, class Tap, class Real, int... k>
-NOX_INLINE void addTaps(Window window, const Tap *taps, int j, Real *__restrict sums, int count,
-                        std::integer_sequence<int, k...>) {
-    const typename Window::Element *const lines[] = {window[j + k]...};
-    const Real weights[] = {static_cast<Real>(taps[j + k])...};
-    for (int x = 0; x < count; ++x) {
-        Real sum = First ? Real(0) : sums[x];
-        ((sum = First && k == 0 ? static_cast<Real>(lines[k][x]) * weights[k]
-                                : sum + static_cast<Real>(lines[k][x]) * weights[k]),
-         ...);
-        sums[x] = sum;
-    }
-}
-
-/// Groups of taps, so many that their weights stay in registers; the first group starts the sums.
-template <bool First, class Window, class Tap, class Real>
-NOX_INLINE void sumReals(Window window, const Tap *taps, int tapCount, Real *sums, int count) {
-    if (tapCount == 5)
-        return addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 5>());
-    switch (tapCount % 4) {
-    case 1:
-        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 1>());
-        break;
-    case 2:
-        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 2>());
-        break;
-    case 3:
-        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 3>());
-        break;
-    default:
-        addTaps<First>(window, taps, 0, sums, count, std::make_integer_sequence<int, 4>());
-    }
-    for (int j = (tapCount - 1) % 4 + 1; j < tapCount; j += 4)
-        addTaps<false>(window, taps, j, sums, count, std::make_integer_sequence<int, 4>());
-}
-
-/// Sums in double along a row: its elements are converted once and not once for each tap, for some taps at a time.
+/// Sums in double of integers along a row: where they have room, its elements are converted once and not once for each
+/// tap.
 template <class T, class Tap>
-NOX_INLINE void sumConverted(RowWindow<T> window, const Tap *taps, int tapCount, Nox64f *sums, int count) {
-    constexpr int most = 64;
-    alignas(32) Nox64f line[blockLength + 3 * most];
-    const RowWindow<Nox64f> wide = {line, window.stride};
-    for (int j = 0; j < tapCount; j += most) {
-        const int some = std::min(most, tapCount - j), length = count + static_cast<int>(window.stride) * (some - 1);
-        const T *from = window[j];
-        for (int x = 0; x < length; ++x)
-            line[x] = from[x];
-        if (j == 0)
-            sumReals<true>(wide, taps, some, sums, count);
-        else
-            sumReals<false>(wide, taps + j, some, sums, count);
-    }
+void sumConverted(RowWindow<T> window, const Tap *taps, int tapCount, Nox64f *sums, int count) {
+    constexpr int room = blockLength + 192;
+    alignas(32) Nox64f line[room];
+    const std::ptrdiff_t under = count + window.stride * (tapCount - 1);
+    if (under > room)
+        return NOX_ON_TIER(sumReals(window, taps, tapCount, sums, count));
+    NOX_ON_TIER(convertLine(window.first, line, static_cast<int>(under)));
+    NOX_ON_TIER(sumReals(RowWindow<Nox64f>{line, window.stride}, taps, tapCount, sums, count));
 }
 
 template <class Sum, class T, class Real>
@@ -167,18 +128,37 @@ NOX_SUM_INTEGERS(RowWindow<Nox8u>)
 NOX_SUM_INTEGERS(RowWindow<Nox16s>)
 NOX_SUM_INTEGERS(ColumnWindow<Nox16s>)
 
-#define NOX_SUM_REALS(WINDOW, TAP, REAL, SUM)                                                                          \
-    NOX_TIERS void sumTaps(WINDOW window, const TAP *taps, int tapCount, REAL *sums, int count) {                      \
-        SUM(window, taps, tapCount, sums, count);                                                                      \
+#define NOX_SUM_REALS(WINDOW, TAP, REAL)                                                                               \
+    void sumTaps(WINDOW window, const TAP *taps, int tapCount, REAL *sums, int count) {                                \
+        NOX_ON_TIER(sumReals(window, taps, tapCount, sums, count));                                                    \
     }
-NOX_SUM_REALS(RowWindow<Nox16s>, Nox16s, Nox64f, sumConverted)
-NOX_SUM_REALS(ColumnWindow<Nox16s>, Nox16s, Nox64f, sumReals<true>)
-NOX_SUM_REALS(RowWindow<Nox16s>, Nox32f, Nox64f, sumConverted)
-NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox64f, sumConverted)
-NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox64f, sumReals<true>)
-NOX_SUM_REALS(ColumnWindow<Nox64f>, Nox32f, Nox64f, sumReals<true>)
-NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox32f, sumReals<true>)
-NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f, sumReals<true>)
+NOX_SUM_REALS(ColumnWindow<Nox16s>, Nox16s, Nox64f)
+NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox64f)
+NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox64f)
+NOX_SUM_REALS(RowWindow<Nox32f>, Nox32f, Nox32f)
+NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f)
+
+#define NOX_SUM_CONVERTED(ELEMENT, TAP)                                                                                \
+    void sumTaps(RowWindow<ELEMENT> window, const TAP *taps, int tapCount, Nox64f *sums, int count) {                  \
+        sumConverted(window, taps, tapCount, sums, count);                                                             \
+    }
+NOX_SUM_CONVERTED(Nox16s, Nox16s)
+NOX_SUM_CONVERTED(Nox16s, Nox32f)
+
+#define NOX_ROUND_SUMS(WINDOW)                                                                                         \
+    bool roundTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain) {          \
+        return NOX_ON_TIER(roundSums(window, taps, tapCount, dst, count, certain));                                    \
+    }                                                                                                                  \
+    void roundExactTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count) {                     \
+        NOX_ON_TIER(roundExactSums(window, taps, tapCount, dst, count));                                               \
+    }
+NOX_ROUND_SUMS(RowWindow<Nox32f>)
+NOX_ROUND_SUMS(ColumnWindow<Nox32f>)
+
+void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second,
+                  int count) {
+    NOX_ON_TIER(sumRowPair(rows, taps, tapCount, first, second, count));
+}
 
 #define NOX_STORE_QUOTIENTS(TYPE)                                                                                      \
     template <>                                                                                                        \
@@ -230,11 +210,6 @@ NOX_TIERS bool storeTruncated(const Nox64f *sums, Nox16s *dst, int count, Nox64f
         for (int x = 0; x < count; ++x)
             doubtful |= truncatesDoubtfully(clamped[x], margin);
     return doubtful;
-}
-
-NOX_TIERS void storeRounded(const Nox64f *sums, Nox32f *dst, int count) {
-    for (int x = 0; x < count; ++x)
-        dst[x] = static_cast<Nox32f>(sums[x]);
 }
 
 NOX_TIERS bool storeRoundedTested(const Nox64f *sums, Nox32f *dst, int count, Nox32f certain) {

@@ -207,42 +207,37 @@ public:
     RoundedRule(const Nox32f *taps, int tapCount)
         : taps_(taps), tapCount_(tapCount), spread_(TapSpread::of(taps, tapCount)) {}
 
+    int tapCount() const { return tapCount_; }
+
     template <class Window>
     Nox32f one(Window window) const {
         return static_cast<Nox32f>(extendedSumOf(window, taps_, tapCount_));
     }
 
-    void block(RowWindow<Nox32f> window, Nox32f *dst, int count) const {
-        const long long under = count + window.stride * (tapCount_ - 1);
-        block(window, dst, count, spreadOf(window.first, static_cast<int>(under)));
-    }
-
-    /// Whether sums of elements of this spread need no more than single precision. (A single product needs no more
-    /// whatever the elements are: it is exact in double, so the format's own multiplication rounds it once.)
-    bool fitsFloat(const Spread &elements) const {
-        return tapCount_ == 1 || exactInFloat(elements, spread_.weight, spread_.quantum);
-    }
-
-    /// elements: the spread of all elements under the taps. A window of doubles holds floats that do not fit.
+    /// elements: the spread of all elements under the taps. (A single product needs no more than single precision
+    /// whatever they are: it is exact in double, so the format's own multiplication rounds it once.)
     template <class Window>
     void block(Window window, Nox32f *dst, int count, const Spread &elements) const {
-        if constexpr (std::is_same_v<typename Window::Element, Nox32f>)
-            if (fitsFloat(elements))
-                return sumTaps(window, taps_, tapCount_, dst, count);
-        alignas(32) Nox64f sums[blockLength];
-        sumTaps(window, taps_, tapCount_, sums, count);
-        if (exactInDouble(elements, spread_.weight, spread_.quantum)) {
-            storeRounded(sums, dst, count);
-            return;
-        }
+        if (tapCount_ == 1 || exactInFloat(elements, spread_.weight, spread_.quantum))
+            return sumTaps(window, taps_, tapCount_, dst, count);
+        if (exactInDouble(elements, spread_.weight, spread_.quantum))
+            return roundExactTaps(window, taps_, tapCount_, dst, count);
         const Nox32f certain = certainFrom(tapCount_, elements.largest * spread_.weight);
-        if (storeRoundedTested(sums, dst, count, certain))
-            for (int x = 0; x < count; ++x)
-                if (roundsDoubtfully(sums[x], dst[x], certain))
-                    dst[x] = one(window.from(x));
+        if (roundTaps(window, taps_, tapCount_, dst, count, certain))
+            mendDoubtful(window, dst, count, certain);
     }
 
 private:
+    /// Forms the doubtful ones of a block's sums by the definition.
+    template <class Window>
+    void mendDoubtful(Window window, Nox32f *dst, int count, Nox32f certain) const {
+        Nox64f sums[blockLength];
+        sumTaps(window, taps_, tapCount_, sums, count);
+        for (int x = 0; x < count; ++x)
+            if (roundsDoubtfully(sums[x], dst[x], certain))
+                dst[x] = one(window.from(x));
+    }
+
     const Nox32f *taps_;
     int tapCount_;
     TapSpread spread_;
@@ -259,6 +254,12 @@ void filterLine(const Rule &rule, Window window, typename Rule::Output *dst, int
             for (int i = x; i < count; ++i)
                 dst[i] = rule.one(window.from(i));
     }
+}
+
+/// Single precision along a row: its spread is looked at once.
+inline void filterLine(const RoundedRule &rule, RowWindow<Nox32f> window, Nox32f *dst, int count) {
+    const std::ptrdiff_t under = count + window.stride * (rule.tapCount() - 1);
+    filterLine(rule, window, dst, count, spreadOf(window.first, static_cast<int>(under)));
 }
 
 } // namespace nox
