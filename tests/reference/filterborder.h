@@ -1,6 +1,7 @@
 // Plain border filters: whole images of row results, with the rows above and below the image, then columns.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "reference/separable.h"
@@ -61,15 +62,16 @@ std::vector<Mid> filteredRows(const T *src, int srcStep, NoxiSize roi, const std
                               T value) {
     using Sum = std::conditional_t<std::is_floating_point_v<T>, long double, int>;
     const int size = int(taps.size()), reach = size / 2;
-    std::vector<Mid> rows;
+    std::vector<Mid> rows(std::size_t(roi.width) * std::size_t(roi.height + 2 * reach));
     std::vector<T> line;
+    Mid *to = rows.data();
     for (int y = -reach; y < roi.height + reach; ++y) {
         const int index = walk(y, roi.height, borderType);
         if (index < 0) {
             int weight = 0;
             for (const int tap : taps)
                 weight += tap;
-            rows.insert(rows.end(), std::size_t(roi.width), static_cast<Mid>(weight * value));
+            to = std::fill_n(to, roi.width, static_cast<Mid>(weight * value));
             continue;
         }
         extendRow(rowOf(src, srcStep, index), roi.width, 1, reach, reach, borderType, &value, line);
@@ -79,7 +81,7 @@ std::vector<Mid> filteredRows(const T *src, int srcStep, NoxiSize roi, const std
             for (int j = 0; j < size; ++j)
                 if (taps[std::size_t(j)] != 0)
                     sum += static_cast<Sum>(line[std::size_t(x + j)]) * taps[std::size_t(j)];
-            rows.push_back(static_cast<Mid>(sum));
+            *to++ = static_cast<Mid>(sum);
         }
     }
     return rows;

@@ -48,11 +48,12 @@ T *rowOf(T *base, int step, int y) {
 template <class T>
 void extendRow(const T *row, int width, int channels, int before, int after, int borderType, const T *value,
                std::vector<T> &line) {
-    line.clear();
+    line.resize(std::size_t(before + width + after) * channels);
+    T *to = line.data();
     for (int x = -before; x < width + after; ++x) {
         const int index = walk(x, width, borderType);
         for (int c = 0; c < channels; ++c)
-            line.push_back(index < 0 ? value[c] : row[index * channels + c]);
+            *to++ = index < 0 ? value[c] : row[index * channels + c];
     }
 }
 
