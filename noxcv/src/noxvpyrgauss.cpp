@@ -38,15 +38,12 @@ NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, unsi
 /// Sums of 8-bit elements fit 16 bits, 255 * 256 at most. Signed elements are moved up by 128 on the way in and down
 /// on the way out: the weights add up to the divisor, so the rounding is the same.
 template <class T>
-using Sum = std::conditional_t<std::is_integral_v<T>, Nox16u, T>;
-template <class T>
 constexpr unsigned bias = std::is_signed_v<T> ? 0x80 : 0;
 
 template <class T>
 NOX_INLINE unsigned biased(T value) {
     return static_cast<Nox8u>(value) ^ bias<T>;
 }
-NOX_INLINE Nox32f biased(Nox32f value) { return value; }
 
 /// Half up by a power of two, in the sums' 16 bits.
 template <int Shift>
@@ -55,17 +52,16 @@ NOX_INLINE Nox16u roundedShift(unsigned sum) {
 }
 
 /// Row accumulators that rotate: each source row is filtered once.
-template <class S>
 struct Ring {
-    S *base;
+    Nox32f *base;
     std::ptrdiff_t elements;
     int rows;
 
     Ring(Nox8u *buffer, std::ptrdiff_t rowElements, int rowCount)
-        : base(reinterpret_cast<S *>(alignUp(buffer, bufferAlignment))),
-          elements(roundUp<std::ptrdiff_t>(rowElements, rowAlignment / sizeof(S))), rows(rowCount) {}
-    S *operator[](int y) const { return base + (y % rows) * elements; }
-    S *end() const { return base + rows * elements; }
+        : base(reinterpret_cast<Nox32f *>(alignUp(buffer, bufferAlignment))),
+          elements(roundUp<std::ptrdiff_t>(rowElements, rowAlignment / sizeof(Nox32f))), rows(rowCount) {}
+    Nox32f *operator[](int y) const { return base + (y % rows) * elements; }
+    Nox32f *end() const { return base + rows * elements; }
 };
 
 // ---- integers, down: five source rows are combined first, then the columns
@@ -168,69 +164,54 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     }
 }
 
-// ---- integers, up: the even and odd places of a filtered row are kept apart until they are stored
+// ---- integers, up: the rows of both kinds of places are combined first, then the columns
 
-/// A filtered row: `width * channels` sums at even places, then as many at odd places.
-template <class S>
-struct Places {
-    S *even, *odd;
-};
-
-template <class T, int Channels>
-NOX_TIERS void spreadRow(const T *src, Places<Sum<T>> row, int width) {
-    using S = Sum<T>;
-    const int last = (width - 1) * Channels;
-    for (int c = 0; c < Channels; ++c) {
-        const auto s = [ src, c ](int x) __attribute__((always_inline)) { return biased(src[x * Channels + c]); };
-        if (width == 1) {
-            row.even[c] = row.odd[c] = static_cast<S>(8 * s(0));
-            continue;
-        }
-        row.even[c] = static_cast<S>(2 * (3 * s(0) + s(1)));
-        row.odd[c] = static_cast<S>(4 * (s(0) + s(1)));
-        row.even[last + c] = static_cast<S>(s(width - 2) + 7 * s(width - 1));
-        row.odd[last + c] = static_cast<S>(8 * s(width - 1));
-    }
-    for (int i = Channels; i < last; ++i) {
-        row.even[i] = static_cast<S>(biased(src[i - Channels]) + 6 * biased(src[i]) + biased(src[i + Channels]));
-        row.odd[i] = static_cast<S>(4 * (biased(src[i]) + biased(src[i + Channels])));
-    }
-}
-
-/// Three filtered rows around a source row; in an image of one row all are the same.
-template <class S>
-struct ThreeRows {
-    Places<S> above, here, below;
-    bool single;
-};
-
-NOX_INLINE Nox16u firstUp(Nox16u above, Nox16u here, Nox16u below) {
-    return roundedShift<6>(above + 6U * here + below);
-}
-NOX_INLINE Nox16u secondUp(Nox16u here, Nox16u below) { return roundedShift<4>(here + below); }
-
-/// The two destination rows of a source row. Of one channel, the pixels of an even and an odd place are stored as one
-/// 16-bit value.
 template <class T>
-NOX_TIERS void storeUp1(const ThreeRows<Nox16u> &rows, T *first, T *second, int width) {
-    const Places<Nox16u> above = rows.above, here = rows.here, below = rows.below;
-    auto *const firstPairs = reinterpret_cast<BytePair *>(first), *const secondPairs =
-                                                                      reinterpret_cast<BytePair *>(second);
-    for (int x = 0; x < width; ++x) {
-        const unsigned even = firstUp(above.even[x], here.even[x], below.even[x]);
-        const unsigned odd = firstUp(above.odd[x], here.odd[x], below.odd[x]);
-        firstPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases<T>);
-    }
-    for (int x = 0; x < width; ++x) {
-        const unsigned even = secondUp(here.even[x], below.even[x]);
-        const unsigned odd = secondUp(here.odd[x], below.odd[x]);
-        secondPairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases<T>);
+NOX_TIERS void combineUp(const T *above, const T *here, const T *below, Nox16u *__restrict first,
+                         Nox16u *__restrict second, int count) {
+    for (int i = 0; i < count; ++i) {
+        const unsigned outer = biased(below[i]), middle = biased(here[i]);
+        first[i] = static_cast<Nox16u>(biased(above[i]) + 6 * middle + outer);
+        second[i] = static_cast<Nox16u>(middle + outer); // a quarter of its sum
     }
 }
 
-/// Interleaves three-channel pixels of two planes. Four bytes carry three; the next pixel overwrites the fourth.
-template <class T>
-NOX_INLINE void interleave3(const T *even, const T *odd, T *dst, int width) {
+/// A pixel on either side of a row of sums: reflected on the left, repeated on the right.
+template <int Channels>
+void extendColumns(Nox16u *sums, int width) {
+    std::copy_n(sums + std::min(1, width - 1) * Channels, Channels, sums - Channels);
+    std::copy_n(sums + (width - 1) * Channels, Channels, sums + width * Channels);
+}
+
+/// Results at even and at odd places, from sums of a row with a scale of 2^Shift / 8.
+template <int Shift>
+NOX_INLINE unsigned evenUp(unsigned before, unsigned here, unsigned after) {
+    return roundedShift<Shift>(before + 6U * here + after);
+}
+template <int Shift>
+NOX_INLINE unsigned oddUp(unsigned here, unsigned after) {
+    return roundedShift<Shift - 2>(here + after);
+}
+
+/// A destination row of one channel: the pixels of an even and an odd place are stored as one 16-bit value.
+template <int Shift, class T>
+NOX_TIERS void spreadRow1(const Nox16u *sums, T *dst, int width) {
+    auto *const __restrict pairs = reinterpret_cast<BytePair *>(dst);
+    for (int x = 0; x < width; ++x) {
+        const unsigned even = evenUp<Shift>(sums[x - 1], sums[x], sums[x + 1]),
+                       odd = oddUp<Shift>(sums[x], sums[x + 1]);
+        pairs[x] = static_cast<Nox16u>((even | odd << 8) ^ bothBiases<T>);
+    }
+}
+
+/// A destination row of three channels by way of its two planes. Four bytes carry three; the next pixel overwrites the
+/// fourth.
+template <int Shift, class T>
+NOX_TIERS void spreadRow3(const Nox16u *sums, T *__restrict even, T *__restrict odd, T *__restrict dst, int width) {
+    for (int i = 0; i < width * 3; ++i) {
+        even[i] = static_cast<T>(evenUp<Shift>(sums[i - 3], sums[i], sums[i + 3]) ^ bias<T>);
+        odd[i] = static_cast<T>(oddUp<Shift>(sums[i], sums[i + 3]) ^ bias<T>);
+    }
     for (int x = 0; x < width - 1; ++x) {
         std::memcpy(dst + 6 * x, even + 3 * x, 4);
         std::memcpy(dst + 6 * x + 3, odd + 3 * x, 4);
@@ -239,32 +220,28 @@ NOX_INLINE void interleave3(const T *even, const T *odd, T *dst, int width) {
     std::memcpy(dst + 6 * (width - 1) + 3, odd + 3 * (width - 1), 3);
 }
 
-template <class T>
-NOX_INLINE void combinePlane(const Nox16u *above, const Nox16u *here, const Nox16u *below, T *first, T *second,
-                             int count) {
-    for (int i = 0; i < count; ++i) {
-        first[i] = static_cast<T>(firstUp(above[i], here[i], below[i]) ^ bias<T>);
-        second[i] = static_cast<T>(secondUp(here[i], below[i]) ^ bias<T>);
-    }
-}
-
-template <class T>
-NOX_TIERS void storeUp3(const ThreeRows<Nox16u> &rows, T *scratch, T *first, T *second, int width) {
-    const int count = width * 3;
-    T *const firstEven = scratch, *const secondEven = firstEven + count;
-    T *const firstOdd = secondEven + count, *const secondOdd = firstOdd + count;
-    combinePlane(rows.above.even, rows.here.even, rows.below.even, firstEven, secondEven, count);
-    combinePlane(rows.above.odd, rows.here.odd, rows.below.odd, firstOdd, secondOdd, count);
-    interleave3(firstEven, firstOdd, first, width);
-    interleave3(secondEven, secondOdd, second, width);
-}
-
-template <int Channels, class T>
-void storeUp(const ThreeRows<Nox16u> &rows, T *scratch, T *first, T *second, int width) {
+template <int Shift, int Channels, class T>
+void spreadRow(Nox16u *sums, T *scratch, T *dst, int width) {
+    extendColumns<Channels>(sums, width);
     if constexpr (Channels == 1)
-        storeUp1(rows, first, second, width);
+        spreadRow1<Shift>(sums, dst, width);
     else
-        storeUp3(rows, scratch, first, second, width);
+        spreadRow3<Shift>(sums, scratch, scratch + static_cast<std::ptrdiff_t>(width) * 3, dst, width);
+}
+
+template <class T, int Channels>
+requires std::is_integral_v<T>
+void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
+    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * Channels;
+    auto *const first = reinterpret_cast<Nox16u *>(alignUp(buffer, bufferAlignment)) + Channels;
+    Nox16u *const second = first + count + 2 * Channels;
+    auto *const scratch = reinterpret_cast<T *>(second + count + Channels);
+    for (int y = 0; y < roi.height; ++y) {
+        combineUp(src[y == 0 ? std::min(1, roi.height - 1) : y - 1], src[y], src[std::min(y + 1, roi.height - 1)],
+                  first, second, static_cast<int>(count));
+        spreadRow<6, Channels>(first, scratch, dst[2 * y], roi.width);
+        spreadRow<4, Channels>(second, scratch, dst[2 * y + 1], roi.width);
+    }
 }
 
 // ---- floats
@@ -388,7 +365,7 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     if (roi.width <= 2)
         return ownPyrDownG5x5_W2_32f<Channels>(src, dst, roi);
     const int count = (roi.width + 1) / 2 * Channels;
-    const Ring<Nox32f> ring(buffer, count, downRows);
+    const Ring ring(buffer, count, downRows);
     int filtered = 0;
     for (int y = 0; y < (roi.height + 1) / 2; ++y) {
         for (; filtered < std::min(2 * y + 3, roi.height); ++filtered)
@@ -399,6 +376,37 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
         combineDown(rows, dst[y], count);
     }
 }
+
+/// A filtered row: `width * channels` sums at even places, then as many at odd places.
+struct Places {
+    Nox32f *even, *odd;
+};
+
+template <int Channels>
+NOX_TIERS void spreadRow(const Nox32f *src, Places row, int width) {
+    const int last = (width - 1) * Channels;
+    for (int c = 0; c < Channels; ++c) {
+        const auto s = [ src, c ](int x) __attribute__((always_inline)) { return src[x * Channels + c]; };
+        if (width == 1) {
+            row.even[c] = row.odd[c] = 8 * s(0);
+            continue;
+        }
+        row.even[c] = 2 * (3 * s(0) + s(1));
+        row.odd[c] = 4 * (s(0) + s(1));
+        row.even[last + c] = s(width - 2) + 7 * s(width - 1);
+        row.odd[last + c] = 8 * s(width - 1);
+    }
+    for (int i = Channels; i < last; ++i) {
+        row.even[i] = src[i - Channels] + 6 * src[i] + src[i + Channels];
+        row.odd[i] = 4 * (src[i] + src[i + Channels]);
+    }
+}
+
+/// Three filtered rows around a source row; in an image of one row all are the same.
+struct ThreeRows {
+    Places above, here, below;
+    bool single;
+};
 
 template <class Value>
 NOX_INLINE Value firstUp(Value above, Value here, Value below) {
@@ -422,8 +430,8 @@ NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f
 }
 
 template <int Channels>
-NOX_TIERS void storeUp(const ThreeRows<Nox32f> &rows, Nox32f * /*scratch*/, Nox32f *first, Nox32f *second, int width) {
-    const Places<Nox32f> above = rows.above, here = rows.here, below = rows.below;
+NOX_TIERS void storeUp(const ThreeRows &rows, Nox32f *first, Nox32f *second, int width) {
+    const Places above = rows.above, here = rows.here, below = rows.below;
     if (rows.single) {
         // One row: both destination rows are the filtered row itself.
         for (int x = 0; x < width; ++x)
@@ -460,22 +468,20 @@ NOX_TIERS void storeUp(const ThreeRows<Nox32f> &rows, Nox32f * /*scratch*/, Nox3
     }
 }
 
-// ---- up sampling of every type: filtered rows rotate through three accumulators
-
+/// Filtered rows rotate through three accumulators.
 template <class T, int Channels>
+requires std::is_floating_point_v<T>
 void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
-    using S = Sum<T>;
     const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * Channels;
-    const Ring<S> ring(buffer, 2 * count, upRows);
-    const auto places = [&](int y) { return Places<S>{ring[y], ring[y] + count}; };
-    auto *const scratch = reinterpret_cast<T *>(ring.end());
+    const Ring ring(buffer, 2 * count, upRows);
+    const auto places = [&](int y) { return Places{ring[y], ring[y] + count}; };
     int filtered = 0;
     for (int y = 0; y < roi.height; ++y) {
         for (; filtered < std::min(y + 2, roi.height); ++filtered)
-            spreadRow<T, Channels>(src[filtered], places(filtered), roi.width);
+            spreadRow<Channels>(src[filtered], places(filtered), roi.width);
         const int above = y == 0 ? std::min(1, roi.height - 1) : y - 1, below = std::min(y + 1, roi.height - 1);
-        storeUp<Channels>({places(above), places(y), places(below), roi.height == 1}, scratch, dst[2 * y],
-                          dst[2 * y + 1], roi.width);
+        storeUp<Channels>({places(above), places(y), places(below), roi.height == 1}, dst[2 * y], dst[2 * y + 1],
+                          roi.width);
     }
 }
 
