@@ -97,6 +97,24 @@ TEST(Gauss, WorksInPlace) {
     EXPECT_TRUE(test::sameImage(src, expected));
 }
 
+TEST(Gauss, RowsThatOverlapAreWrittenInTheirOrder) {
+    test::Random random(5);
+    Image<Nox32f> src(40, 31), apart(40, 31);
+    test::randomize(src, random);
+    const Buffer buffer(std::size_t(bufferSize({40, 31}, 9)));
+    const auto run = [&](Nox32f *dst, int step) {
+        return noxiFilterGaussBorder_32f_C1R(src.data(), src.step(), dst, step, {40, 31}, 9, 2.0F, 1, 0, buffer.data());
+    };
+    ASSERT_EQ(run(apart.data(), apart.step()), noxStsNoError);
+    constexpr int step = 40; // bytes: each row begins ten pixels behind the one before
+    std::vector<Nox32f> expected(30 * step / 4 + 40), actual(expected);
+    for (int y = 0; y < 31; ++y)
+        for (int x = 0; x < 40; ++x)
+            expected[std::size_t(y * step / 4 + x)] = apart.at(x, y);
+    ASSERT_EQ(run(actual.data(), step), noxStsNoError);
+    EXPECT_EQ(actual, expected);
+}
+
 TEST(Gauss, HalvesStandAlone) {
     test::Random random(3);
     for (const NoxiSize size : {NoxiSize{1, 1}, NoxiSize{50, 7}, NoxiSize{3, 300}}) {

@@ -131,9 +131,10 @@ NOX_TIERS void combineRows1(const FiveRows<T> &rows, Nox16u *__restrict even, No
 
 /// Two columns on either side, reflected.
 void reflectColumns1(Nox16u *even, Nox16u *odd, int width) {
-    const auto sum = [&](int x) -> Nox16u & { return (x % 2 != 0 ? odd : even)[x >> 1]; };
-    for (const int x : {-2, -1, width, width + 1})
-        sum(x) = sum(borderIndex(x, width, noxBorderMirror));
+    for (const int x : {-2, -1, width, width + 1}) {
+        const int from = borderIndex(x, width, noxBorderMirror);
+        (x % 2 != 0 ? odd : even)[x >> 1] = (from % 2 != 0 ? odd : even)[from >> 1];
+    }
 }
 
 template <class T>
