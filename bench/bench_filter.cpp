@@ -135,20 +135,36 @@ using Clamped = reference::ClampedQuotient<T>;
         },                                                                                                             \
         noxiFilterColumnPipelineGetBufferSize_##TAG)
 
+/// Floats as pictures of 8 bits give them, or with all their bits.
+enum class Pixels { wholeNumbers, allBits };
+
+template <class T>
+bench::Image<T> filterPicture(NoxiSize roi, Pixels pixels) {
+    const auto image = bench::picture<T>(roi);
+    if (std::is_floating_point_v<T> && pixels == Pixels::wholeNumbers)
+        for (std::size_t i = 0; i < image.count(); ++i)
+            image.data()[i] = static_cast<T>(static_cast<int>(image.data()[i]));
+    return image;
+}
+
 /// A fixed filter in one mask size. call(src, step, dst, step, roi, mask, buffer), plain(the same with the size).
 template <class T, class Out, class Call, class Size, class Plain>
 void addFilter(const char *name, int kernelSize, Call call, Size size, Plain plain) {
-    bench::add(
-        {named(name, kernelSize), double(sizeof(T)), double(sizeof(Out)), true, [=](NoxiSize roi) -> bench::Work {
-             const auto src = bench::picture<T>(roi);
-             const bench::Image<Out> dst(roi);
-             const int mask = kernelSize == 3 ? 33 : 55;
-             int bytes = 0;
-             size(roi, mask, &bytes);
-             const auto buffer = bufferOf(4 * bytes);
-             return {[=] { call(src.data(), src.step(), dst.data(), dst.step(), roi, mask, buffer.data()); },
-                     [=] { plain(kernelSize, src.data(), src.step(), dst.data(), dst.step(), roi); }};
-         }});
+    const auto add = [=](const std::string &title, Pixels pixels) {
+        bench::add({title, double(sizeof(T)), double(sizeof(Out)), true, [=](NoxiSize roi) -> bench::Work {
+                        const auto src = filterPicture<T>(roi, pixels);
+                        const bench::Image<Out> dst(roi);
+                        const int mask = kernelSize == 3 ? 33 : 55;
+                        int bytes = 0;
+                        size(roi, mask, &bytes);
+                        const auto buffer = bufferOf(4 * bytes);
+                        return {[=] { call(src.data(), src.step(), dst.data(), dst.step(), roi, mask, buffer.data()); },
+                                [=] { plain(kernelSize, src.data(), src.step(), dst.data(), dst.step(), roi); }};
+                    }});
+    };
+    add(named(name, kernelSize), Pixels::allBits);
+    if (std::is_floating_point_v<T>)
+        add(named(name, kernelSize) + " whole numbers", Pixels::wholeNumbers);
 }
 
 #define FILTER_16S(NAME, FILTER, SIZE)                                                                                 \
