@@ -2,9 +2,8 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "borders.h"
 #include "noxvfilterborder.h"
-#include "noxvfilteroperators.h"
+#include "noxvfilterkernels.h"
 #include "noxvseparable.h"
 #include "numerics.h"
 
@@ -80,19 +79,11 @@ void operateRounded(const Lines &lines, Nox32f *dst, int count, const Spread &el
         operateTested<Operator>(lines, dst, count, elements);
 }
 
-/// Outputs first to first + count - 1 near the ends of a row.
+/// Outputs near the ends of a row.
 template <class Operator>
 void filterEnd(const Nox32f *src, Nox32f *row, int width, int first, int count, int borderType, Nox32f borderValue) {
-    constexpr int taps = Operator::taps;
-    for (int x = first; x < first + count; ++x) {
-        Nox32f pixels[taps];
-        for (int j = 0; j < taps; ++j) {
-            const int position = x + j - taps / 2;
-            const bool constant = borderType == noxBorderConstant && (position < 0 || position >= width);
-            pixels[j] = constant ? borderValue : src[borderIndex(position, width, borderType)];
-        }
-        row[x] = static_cast<Nox32f>(operate<Operator, long double>(RowWindow<Nox32f>{pixels, 1}, 0));
-    }
+    filterNearEnd<Operator, long double>(src, row, width, first, count, borderType, borderValue,
+                                         [](long double sum) { return static_cast<Nox32f>(sum); });
 }
 
 /// A row of results; `elements` is the spread of the row's pixels and the border value.
@@ -162,27 +153,14 @@ void addColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &
 
 extern "C" {
 
-const Nox32f kerScharr_3_32f[3] = {3, 10, 3}, kerDx_3_32f[3] = {-1, 0, 1}, kerDx_5_32f[5] = {-1, -2, 0, 2, 1},
-             kerDxNeg_3_32f[3] = {1, 0, -1}, kerDxNeg_5_32f[5] = {1, 2, 0, -2, -1}, kerD2x_3_32f[3] = {1, -2, 1},
-             kerD2x_5_32f[5] = {1, 0, -2, 0, 1}, kerSobel_3_32f[3] = {1, 2, 1}, kerSobel_5_32f[5] = {1, 4, 6, 4, 1},
-             kerAvr_3_32f[3] = {1, 1, 1}, kerAvr_5_32f[5] = {1, 1, 1, 1, 1}, kerLap_3_32f[3] = {1, 0, 1};
+NOX_FILTER_TAPS(Nox32f, 32f)
 
-// One line per kernel: tag and operator.
 #define NOX_ROW_KERNEL(TAG, OPERATOR)                                                                                  \
     static Spread ownFilterRowBorderPipeline_32f_C1R_##TAG(const Nox32f *src, Nox32f *row, int width, int borderType,  \
                                                            Nox32f borderValue) {                                       \
         return filterRow<OPERATOR>(src, row, width, borderType, borderValue);                                          \
     }
-NOX_ROW_KERNEL(3x3_kerDx, DxOperator3)
-NOX_ROW_KERNEL(3x3_kerScharr, ScharrOperator)
-NOX_ROW_KERNEL(3x3_kerDxNeg, DxNegOperator3)
-NOX_ROW_KERNEL(5x5_kerDxNeg, DxNegOperator5)
-NOX_ROW_KERNEL(3x3_kerDx2, Dx2Operator3)
-NOX_ROW_KERNEL(5x5_kerDx2, Dx2Operator5)
-NOX_ROW_KERNEL(3x3_kerSobel, SobelOperator3)
-NOX_ROW_KERNEL(5x5_kerSobel, SobelOperator5)
-NOX_ROW_KERNEL(3x3_kerAvr, MeanOperator3)
-NOX_ROW_KERNEL(5x5_kerAvr, MeanOperator5)
+NOX_ROW_KERNELS(NOX_ROW_KERNEL)
 
 static Spread ownFilterRowBorderPipeline_32f_C1R_3x3_kerLaplacian(const Nox32f *src, Nox32f *row, int width,
                                                                   int borderType, Nox32f borderValue) {
@@ -197,15 +175,7 @@ static Spread ownFilterRowBorderPipeline_32f_C1R_3x3_kerLaplacian(const Nox32f *
                                                       const Spread &spread) {                                          \
         filterColumn<OPERATOR>(rows, dst, width, spread);                                                              \
     }
-NOX_COLUMN_KERNEL(3x3_kerScharr, ScharrOperator)
-NOX_COLUMN_KERNEL(3x3_kerDx, DxOperator3)
-NOX_COLUMN_KERNEL(3x3_kerSobel, SobelOperator3)
-NOX_COLUMN_KERNEL(5x5_kerSobel, SobelOperator5)
-NOX_COLUMN_KERNEL(5x5_kerDx, DxOperator5)
-NOX_COLUMN_KERNEL(3x3_kerDx2, Dx2Operator3)
-NOX_COLUMN_KERNEL(5x5_kerDx2, Dx2Operator5)
-NOX_COLUMN_KERNEL(3x3_kerSobelNeg, Negative<SobelOperator3>)
-NOX_COLUMN_KERNEL(5x5_kerSobelNeg, Negative<SobelOperator5>)
+NOX_COLUMN_KERNELS(NOX_COLUMN_KERNEL)
 
 // The middle row's second half stands in for its first.
 static void ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian(const Nox32f *const *rows, Nox32f *dst, int width,

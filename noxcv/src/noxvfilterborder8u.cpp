@@ -1,28 +1,18 @@
 // Row and column kernels of the fixed filters on 8-bit images, through rows of 16 bits.
-#include "borders.h"
 #include "noxvfilterborder.h"
-#include "noxvfilteroperators.h"
-#include "noxvseparable.h"
+#include "noxvfilterkernels.h"
 #include "numerics.h"
 
 using namespace nox;
 
 namespace {
 
-/// Outputs first to first + count - 1 near the ends of a row.
+/// Outputs near the ends of a row.
 template <class Operator>
 NOX_INLINE void filterEnd(const Nox8u *src, Nox16s *row, int width, int first, int count, int borderType,
                           Nox8u borderValue) {
-    constexpr int taps = Operator::taps;
-    for (int x = first; x < first + count; ++x) {
-        Nox8u pixels[taps];
-        for (int j = 0; j < taps; ++j) {
-            const int position = x + j - taps / 2;
-            const bool constant = borderType == noxBorderConstant && (position < 0 || position >= width);
-            pixels[j] = constant ? borderValue : src[borderIndex(position, width, borderType)];
-        }
-        row[x] = wrap<Nox16s>(operate<Operator, int>(RowWindow<Nox8u>{pixels, 1}, 0));
-    }
+    filterNearEnd<Operator, int>(src, row, width, first, count, borderType, borderValue,
+                                 [](int sum) NOX_INLINE_LAMBDA { return wrap<Nox16s>(sum); });
 }
 
 template <class Operator>
@@ -91,27 +81,14 @@ NOX_TIERS void meanColumn(const Nox16s *const *rows, Nox8u *__restrict dst, int 
 
 extern "C" {
 
-const Nox16s kerScharr_3_16s[3] = {3, 10, 3}, kerDx_3_16s[3] = {-1, 0, 1}, kerDx_5_16s[5] = {-1, -2, 0, 2, 1},
-             kerDxNeg_3_16s[3] = {1, 0, -1}, kerDxNeg_5_16s[5] = {1, 2, 0, -2, -1}, kerD2x_3_16s[3] = {1, -2, 1},
-             kerD2x_5_16s[5] = {1, 0, -2, 0, 1}, kerSobel_3_16s[3] = {1, 2, 1}, kerSobel_5_16s[5] = {1, 4, 6, 4, 1},
-             kerAvr_3_16s[3] = {1, 1, 1}, kerAvr_5_16s[5] = {1, 1, 1, 1, 1}, kerLap_3_16s[3] = {1, 0, 1};
+NOX_FILTER_TAPS(Nox16s, 16s)
 
-// One line per kernel: tag and operator.
 #define NOX_ROW_KERNEL(TAG, OPERATOR)                                                                                  \
     static void ownFilterRowBorderPipeline_8u16s_C1R_##TAG(const Nox8u *src, Nox16s *row, int width, int borderType,   \
                                                            Nox8u borderValue) {                                        \
         filterRow<OPERATOR>(src, row, width, borderType, borderValue);                                                 \
     }
-NOX_ROW_KERNEL(3x3_kerDx, DxOperator3)
-NOX_ROW_KERNEL(3x3_kerScharr, ScharrOperator)
-NOX_ROW_KERNEL(3x3_kerDxNeg, DxNegOperator3)
-NOX_ROW_KERNEL(5x5_kerDxNeg, DxNegOperator5)
-NOX_ROW_KERNEL(3x3_kerDx2, Dx2Operator3)
-NOX_ROW_KERNEL(5x5_kerDx2, Dx2Operator5)
-NOX_ROW_KERNEL(3x3_kerSobel, SobelOperator3)
-NOX_ROW_KERNEL(5x5_kerSobel, SobelOperator5)
-NOX_ROW_KERNEL(3x3_kerAvr, MeanOperator3)
-NOX_ROW_KERNEL(5x5_kerAvr, MeanOperator5)
+NOX_ROW_KERNELS(NOX_ROW_KERNEL)
 
 static void ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerLaplacian(const Nox8u *src, Nox16s *row, int width,
                                                                   int borderType, Nox8u borderValue) {
@@ -127,15 +104,7 @@ static void ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerLaplacian(const Nox8u *s
                                                         const Quotient<Nox32f> &by) {                                  \
         filterColumn<OPERATOR>(rows, dst, width, by);                                                                  \
     }
-NOX_COLUMN_KERNEL(3x3_kerScharr, ScharrOperator)
-NOX_COLUMN_KERNEL(3x3_kerDx, DxOperator3)
-NOX_COLUMN_KERNEL(3x3_kerSobel, SobelOperator3)
-NOX_COLUMN_KERNEL(5x5_kerSobel, SobelOperator5)
-NOX_COLUMN_KERNEL(5x5_kerDx, DxOperator5)
-NOX_COLUMN_KERNEL(3x3_kerDx2, Dx2Operator3)
-NOX_COLUMN_KERNEL(5x5_kerDx2, Dx2Operator5)
-NOX_COLUMN_KERNEL(3x3_kerSobelNeg, Negative<SobelOperator3>)
-NOX_COLUMN_KERNEL(5x5_kerSobelNeg, Negative<SobelOperator5>)
+NOX_COLUMN_KERNELS(NOX_COLUMN_KERNEL)
 
 // The middle row's second half stands in for its first.
 static void ownFilterColumnPipeline_16s_C1R_3x3_kerLaplacian(const Nox16s *const *rows, Nox16s *dst, int width) {

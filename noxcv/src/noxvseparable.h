@@ -58,12 +58,10 @@ void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, N
 
 /// Sums in double precision, rounded to single: sums that are exact, and others, with true when roundsDoubtfully()
 /// holds for one of them.
-#define NOX_ROUND_TAPS(WINDOW)                                                                                         \
-    void roundExactTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count);                      \
-    bool roundTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain);
-NOX_ROUND_TAPS(RowWindow<Nox32f>)
-NOX_ROUND_TAPS(ColumnWindow<Nox32f>)
-#undef NOX_ROUND_TAPS
+void roundExactTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count);
+void roundExactTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count);
+bool roundTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain);
+bool roundTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain);
 
 /// Quotients, clamped and truncated.
 template <class T>
