@@ -72,6 +72,8 @@ private:
 /// One sum.
 template <class Real, class Window, class Tap>
 NOX_LANES Real sumOne(const Window &window, const Tap *taps, int tapCount) {
+    // The linter does not see that the elements under the taps have been converted.
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
     Real sum = static_cast<Real>(window[0][0]) * static_cast<Real>(taps[0]);
     for (int j = 1; j < tapCount; ++j)
         sum += static_cast<Real>(window[j][0]) * static_cast<Real>(taps[j]);
