@@ -59,8 +59,13 @@ NoxStatus checkKernelSize(int kernelSize) { return require(kernelSize >= 3 && ke
 /// Row y of an image whose edge rows are repeated.
 int clampedRow(int y, int height) { return std::clamp(y, 0, height - 1); }
 
-/// Where the parts of the work buffer lie: taps, a row with its margins, row pointers, the ring. The ring has one row
-/// more than the kernel, since two rows are formed at once, or as many as the image.
+/// Two rows at once, so that each row of the ring is read half as often, pay from this many taps on: the ring of a
+/// smaller kernel lies in the nearest cache.
+constexpr int fewestPairTaps = 7;
+constexpr bool goesInPairs(int tapCount) { return tapCount >= fewestPairTaps && tapCount <= mostPairTaps; }
+
+/// Where the parts of the work buffer lie: taps, a row with its margins, row pointers, the ring: as many rows as the
+/// kernel, one more for pairs, and never more than the image.
 struct WorkBuffer {
     Nox32f *taps, *scratch;
     const Nox32f **window;
@@ -72,14 +77,14 @@ struct WorkBuffer {
         : taps(reinterpret_cast<Nox32f *>(buffer)), scratch(taps + tapCount),
           window(reinterpret_cast<const Nox32f **>(alignUp(scratch + roi.width + tapCount - 1, sizeof(void *)))),
           ring(reinterpret_cast<Nox32f *>(alignUp(window + tapCount + 1, 16))), ringStep(roundUp(roi.width, 4)),
-          ringRows(std::min(tapCount + 1, roi.height)) {}
+          ringRows(std::min(tapCount + (goesInPairs(tapCount) ? 1 : 0), roi.height)) {}
     Nox32f *row(int y) const { return ring + y % ringRows * ringStep; }
 };
 
 void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tapCount, const WorkBuffer &work) {
     const int reach = tapCount / 2;
-    // Few rows lie in the nearest cache anyway; rows that overlap are written in their order.
-    const bool pairs = tapCount >= 7 && tapCount <= mostPairTaps &&
+    // Rows that overlap are written in their order.
+    const bool pairs = goesInPairs(tapCount) &&
                        std::abs(dst.step) >= static_cast<std::ptrdiff_t>(roi.width) * std::ptrdiff_t{sizeof(Nox32f)};
     int filtered = -1; // the last row in the ring
     for (int y = 0; y < roi.height;) {

@@ -38,6 +38,9 @@ NOX_LANES F64 splat(Nox64f value) {
 #endif
 }
 
+/// A short loop over vectors that is unrolled early, or their sums would not stay in registers.
+#define NOX_UNROLLED _Pragma("GCC unroll 8")
+
 /// Some vectors of sums, j ascending, from the first product on.
 template <int vectors, class Real>
 struct Sums {
@@ -51,21 +54,18 @@ struct Sums {
             add(window[j], splat(static_cast<Real>(taps[j])));
     }
     NOX_LANES void store(Real *to) const {
-        for (int v = 0; v < vectors; ++v)
-            __builtin_memcpy(to + v * lanes, &sum[v], sizeof(sum[v]));
+        NOX_UNROLLED for (int v = 0; v < vectors; ++v) __builtin_memcpy(to + v * lanes, &sum[v], sizeof(sum[v]));
     }
 
 private:
     template <class T>
     NOX_LANES void start(const T *line, RealVector<Real> weight) {
-        for (int v = 0; v < vectors; ++v)
-            sum[v] = realsOf<Real>(line + v * lanes) * weight;
+        NOX_UNROLLED for (int v = 0; v < vectors; ++v) sum[v] = realsOf<Real>(line + v * lanes) * weight;
     }
     template <class T>
     NOX_LANES void add(const T *line, RealVector<Real> weight) {
         __asm__("" : "+r"(line)); // one address, and not a register for each vector's
-        for (int v = 0; v < vectors; ++v)
-            sum[v] += realsOf<Real>(line + v * lanes) * weight;
+        NOX_UNROLLED for (int v = 0; v < vectors; ++v) sum[v] += realsOf<Real>(line + v * lanes) * weight;
     }
 };
 
@@ -82,11 +82,11 @@ NOX_LANES Real sumOne(const Window &window, const Tap *taps, int tapCount) {
 
 template <class Real, class Window, class Tap>
 NOX_LANES_TARGET void sumReals(const Window &window, const Tap *taps, int tapCount, Real *sums, int count) {
-    using Four = Sums<6, Real>;
+    using Six = Sums<6, Real>;
     using One = Sums<1, Real>;
     int x = 0;
-    for (; x <= count - Four::length; x += Four::length)
-        Four(window.from(x), taps, tapCount).store(sums + x);
+    for (; x <= count - Six::length; x += Six::length)
+        Six(window.from(x), taps, tapCount).store(sums + x);
     for (; x <= count - One::length; x += One::length)
         One(window.from(x), taps, tapCount).store(sums + x);
     for (; x < count; ++x)
@@ -137,8 +137,7 @@ NOX_LANES_TARGET void roundExactSums(const Window &window, const Nox32f *taps, i
     int x = 0;
     for (; x <= count - Four::length; x += Four::length) {
         const Four four(window.from(x), taps, tapCount);
-        for (int v = 0; v < 4; ++v)
-            storeRounded(dst + x + v * Four::lanes, four.sum[v]);
+        NOX_UNROLLED for (int v = 0; v < 4; ++v) storeRounded(dst + x + v * Four::lanes, four.sum[v]);
     }
     for (; x < count; ++x)
         dst[x] = static_cast<Nox32f>(sumOne<Nox64f>(window.from(x), taps, tapCount));
@@ -154,8 +153,7 @@ NOX_LANES_TARGET bool roundSums(const Window &window, const Nox32f *taps, int ta
     int x = 0;
     for (; x <= count - Four::length; x += Four::length) {
         const Four four(window.from(x), taps, tapCount);
-        for (int v = 0; v < 4; ++v)
-            rounding(four.sum[v], dst + x + v * Four::lanes);
+        NOX_UNROLLED for (int v = 0; v < 4; ++v) rounding(four.sum[v], dst + x + v * Four::lanes);
     }
     for (; x <= count - One::length; x += One::length)
         rounding(One(window.from(x), taps, tapCount).sum[0], dst + x);
@@ -175,7 +173,7 @@ NOX_LANES void sumTwoRows(const Nox32f *const *lines, int x, const F32 *weights,
                           Nox32f *second) {
     constexpr int lanes = lanesOf<Nox32f>;
     F32 upper[vectors], lower[vectors];
-    for (int v = 0; v < vectors; ++v) {
+    NOX_UNROLLED for (int v = 0; v < vectors; ++v) {
         upper[v] = load<F32>(lines[0] + x + v * lanes) * weights[0];
         const F32 next = load<F32>(lines[1] + x + v * lanes);
         upper[v] += next * weights[1];
@@ -185,13 +183,13 @@ NOX_LANES void sumTwoRows(const Nox32f *const *lines, int x, const F32 *weights,
     do {
         const Nox32f *line = lines[j] + x;
         __asm__("" : "+r"(line));
-        for (int v = 0; v < vectors; ++v) {
+        NOX_UNROLLED for (int v = 0; v < vectors; ++v) {
             const F32 next = load<F32>(line + v * lanes);
             upper[v] += next * weights[j];
             lower[v] += next * weights[j - 1];
         }
     } while (++j < tapCount);
-    for (int v = 0; v < vectors; ++v) {
+    NOX_UNROLLED for (int v = 0; v < vectors; ++v) {
         lower[v] += load<F32>(lines[tapCount] + x + v * lanes) * weights[tapCount - 1];
         __builtin_memcpy(first + x + v * lanes, &upper[v], sizeof(F32));
         __builtin_memcpy(second + x + v * lanes, &lower[v], sizeof(F32));
@@ -219,3 +217,5 @@ NOX_LANES_TARGET void convertLine(const T *from, Nox64f *__restrict to, int coun
     for (int x = 0; x < count; ++x)
         to[x] = from[x];
 }
+
+#undef NOX_UNROLLED
