@@ -78,6 +78,8 @@ Line measure(const Member &member, NoxiSize size, int threads, const Options &op
     double run = 1e9, memcpyTime = 1e9, reference = 1e9, one = 1e9;
     const double end = seconds() + options.budget;
     for (int round = 0; round < 3 || (seconds() < end && round < 200); ++round) {
+        if (threads > 1)
+            work.run(); // wakes the threads that have gone to sleep since the last round
         run = std::min(run, timeOf(work.run, repeatRun));
         memcpyTime = std::min(memcpyTime, timeOf(copy, repeatCopy));
         if (plain && (round < 3 || repeatPlain > 1))
