@@ -232,7 +232,7 @@ TEST(CannyBuffer, WideImagesTakeWidePairs) {
     }
 }
 
-TEST(CannyTangents, ProductsDecideLikeExtendedOnesFull) {
+TEST(CannyTangentsFull, ProductsDecideLikeExtendedOnes) {
     // Every derivative against the integers next to its tangent products.
     const double tangents[] = {2.414213562373095, 0.41421356237309503};
     for (int a = 0; a <= 32768; ++a)

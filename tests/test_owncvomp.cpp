@@ -92,6 +92,19 @@ TEST(Frame, ParallelSlicesVisitEveryRowOnceWhateverTheTeam) {
     }
 }
 
+TEST(Frame, ThreadsOfATeamAreNumberedFromZero) {
+    EXPECT_EQ(owncvGetIdThreads(), 0);
+    std::atomic<int> team = 0;
+    std::vector<std::atomic<int>> seen(64);
+#pragma omp parallel num_threads(4)
+    {
+        ++team;
+        ++seen[std::size_t(owncvGetIdThreads())];
+    }
+    for (int i = 0; i < int(seen.size()); ++i)
+        EXPECT_EQ(seen[std::size_t(i)], i < team ? 1 : 0) << i;
+}
+
 TEST(Frame, AreaTestIsExactForHugeRegions) {
     const test::ThreadCount scope(4);
     EXPECT_TRUE(nox::largeEnough({65536, 65536}, 19));
