@@ -1,6 +1,11 @@
 // Bilinear interpolation of rows.
 #include "noxvbilinear.h"
 
+namespace nox {
+/// How the integer kernels go over the results.
+enum class Order { rows, columns };
+} // namespace nox
+
 #define NOX_KERNELS "noxvbilinearkernels.h"
 #include "noxveachtier.h"
 
@@ -50,28 +55,27 @@ bool interpolateNarrow(Rows<const S> src, Rows<D> dst, NoxiSize size, const Fixe
     return size.width < baseline::fixedLanes;
 }
 
+template <Order order, class S, class D>
+void interpolateFixed(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedBilinear<S, D> &bilinear) {
+    if (copyWhole(src, dst, size, bilinear) || interpolateNarrow(src, dst, size, bilinear))
+        return;
+    const FixedConstants constants(bilinear);
+    if (constants.small)
+        NOX_ON_TIER_FOR(size.width * 2, fixedResults<order, true>(src, dst, size, constants));
+    else
+        NOX_ON_TIER_FOR(size.width * 2, fixedResults<order, false>(src, dst, size, constants));
+}
+
 } // namespace
 
 template <class S, class D>
 void interpolateImage(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedBilinear<S, D> &bilinear) {
-    if (copyWhole(src, dst, size, bilinear) || interpolateNarrow(src, dst, size, bilinear))
-        return;
-    const FixedConstants constants(bilinear);
-    if (constants.small)
-        NOX_ON_TIER_FOR(size.width * 2, fixedRows<true>(src, dst, size, constants));
-    else
-        NOX_ON_TIER_FOR(size.width * 2, fixedRows<false>(src, dst, size, constants));
+    interpolateFixed<Order::rows>(src, dst, size, bilinear);
 }
 
 template <class S, class D>
 void interpolatePatch(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedBilinear<S, D> &bilinear) {
-    if (copyWhole(src, dst, size, bilinear) || interpolateNarrow(src, dst, size, bilinear))
-        return;
-    const FixedConstants constants(bilinear);
-    if (constants.small)
-        NOX_ON_TIER_FOR(size.width * 2, fixedColumns<true>(src, dst, size, constants));
-    else
-        NOX_ON_TIER_FOR(size.width * 2, fixedColumns<false>(src, dst, size, constants));
+    interpolateFixed<Order::columns>(src, dst, size, bilinear);
 }
 
 template <class S>

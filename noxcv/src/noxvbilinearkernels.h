@@ -1,7 +1,5 @@
 // Bilinear interpolation for the processor tier that is being compiled; no include guard, see noxveachtier.h.
 
-using S32 [[gnu::vector_size(vectorBytes)]] = Nox32s;
-
 // ---- integer results ----
 
 /// As many pixels as there are 16-bit lanes.
@@ -85,7 +83,7 @@ constexpr int fixedLanes = lanesOf<Nox16u>;
 
 /// Row by row, as an image lies in memory.
 template <bool small, class S, class D>
-NOX_LANES_TARGET void fixedRows(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedConstants &constants) {
+NOX_LANES void fixedRows(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedConstants &constants) {
     const FixedVector<S, D, small> vector(constants);
     const int last = size.width - fixedLanes;
     for (int y = 0; y < size.height; ++y) {
@@ -99,7 +97,7 @@ NOX_LANES_TARGET void fixedRows(Rows<const S> src, Rows<D> dst, NoxiSize size, c
 
 /// Down in columns of a vector, so that each row is read and widened once: for patches, whose rows are all at hand.
 template <bool small, class S, class D>
-NOX_LANES_TARGET void fixedColumns(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedConstants &constants) {
+NOX_LANES void fixedColumns(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedConstants &constants) {
     const FixedVector<S, D, small> vector(constants);
     const int last = size.width - fixedLanes;
     for (int next = 0; next < size.width; next += fixedLanes) {
@@ -111,6 +109,14 @@ NOX_LANES_TARGET void fixedColumns(Rows<const S> src, Rows<D> dst, NoxiSize size
             upper = lower;
         }
     }
+}
+
+template <Order order, bool small, class S, class D>
+NOX_LANES_TARGET void fixedResults(Rows<const S> src, Rows<D> dst, NoxiSize size, const FixedConstants &constants) {
+    if constexpr (order == Order::rows)
+        fixedRows<small>(src, dst, size, constants);
+    else
+        fixedColumns<small>(src, dst, size, constants);
 }
 
 // ---- float results ----

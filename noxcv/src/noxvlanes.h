@@ -10,7 +10,9 @@ using U8 [[gnu::vector_size(vectorBytes)]] = Nox8u;
 using U16 [[gnu::vector_size(vectorBytes)]] = Nox16u;
 using U32 [[gnu::vector_size(vectorBytes)]] = Nox32u;
 using U64 [[gnu::vector_size(vectorBytes)]] = std::uint64_t;
+using S32 [[gnu::vector_size(vectorBytes)]] = Nox32s;
 using F32 [[gnu::vector_size(vectorBytes)]] = Nox32f;
+using F64 [[gnu::vector_size(vectorBytes)]] = Nox64f;
 
 /// The vector that elements of T are loaded into; signed bytes are handled as unsigned ones.
 template <class T>
@@ -182,6 +184,14 @@ NOX_LANES F32 splat(Nox32f value) {
     return (F32)_mm256_set1_ps(value);
 #else
     return (F32)_mm_set1_ps(value);
+#endif
+}
+
+NOX_LANES F64 splat(Nox64f value) {
+#if NOX_LANES_BYTES == 32
+    return (F64)_mm256_set1_pd(value);
+#else
+    return (F64)_mm_set1_pd(value);
 #endif
 }
 

@@ -97,31 +97,21 @@ private:
 
 // Without a buffer for all threads the engine runs on this one, in one thread's share; it gives the same bits.
 
-void scharr(const Nox8u *src, int srcStep, NoxiSize size, Nox16s *dx, Nox16s *dy, int step, Nox8u *buffer,
-            bool parallel) {
-    if (parallel) {
-        noxiFilterScharrVertBorder_8u16s_C1R(src, srcStep, dx, step, size, noxBorderReplicate, 0, buffer);
-        noxiFilterScharrHorizBorder_8u16s_C1R(src, srcStep, dy, step, size, noxBorderReplicate, 0, buffer);
-        return;
+#define NOX_SCHARR(SOURCE, CELL, TAG, TAP)                                                                             \
+    void scharr(const SOURCE *src, int srcStep, NoxiSize size, CELL *dx, CELL *dy, int step, Nox8u *buffer,            \
+                bool parallel) {                                                                                       \
+        if (parallel) {                                                                                                \
+            noxiFilterScharrVertBorder_##TAG##_C1R(src, srcStep, dx, step, size, noxBorderReplicate, 0, buffer);       \
+            noxiFilterScharrHorizBorder_##TAG##_C1R(src, srcStep, dy, step, size, noxBorderReplicate, 0, buffer);      \
+            return;                                                                                                    \
+        }                                                                                                              \
+        ownFilterConvolution_##TAG##_C1R(src, srcStep, dx, step, size.width, size.height, kerDx_3_##TAP, 3,            \
+                                         kerScharr_3_##TAP, 3, noxBorderReplicate, 0, buffer, 0, 0);                   \
+        ownFilterConvolution_##TAG##_C1R(src, srcStep, dy, step, size.width, size.height, kerScharr_3_##TAP, 3,        \
+                                         kerDx_3_##TAP, 3, noxBorderReplicate, 0, buffer, 1, 1);                       \
     }
-    ownFilterConvolution_8u16s_C1R(src, srcStep, dx, step, size.width, size.height, kerDx_3_16s, 3, kerScharr_3_16s, 3,
-                                   noxBorderReplicate, 0, buffer, 0, 0);
-    ownFilterConvolution_8u16s_C1R(src, srcStep, dy, step, size.width, size.height, kerScharr_3_16s, 3, kerDx_3_16s, 3,
-                                   noxBorderReplicate, 0, buffer, 1, 1);
-}
-
-void scharr(const Nox32f *src, int srcStep, NoxiSize size, Nox32f *dx, Nox32f *dy, int step, Nox8u *buffer,
-            bool parallel) {
-    if (parallel) {
-        noxiFilterScharrVertBorder_32f_C1R(src, srcStep, dx, step, size, noxBorderReplicate, 0, buffer);
-        noxiFilterScharrHorizBorder_32f_C1R(src, srcStep, dy, step, size, noxBorderReplicate, 0, buffer);
-        return;
-    }
-    ownFilterConvolution_32f_C1R(src, srcStep, dx, step, size.width, size.height, kerDx_3_32f, 3, kerScharr_3_32f, 3,
-                                 noxBorderReplicate, 0, buffer, 0, 0);
-    ownFilterConvolution_32f_C1R(src, srcStep, dy, step, size.width, size.height, kerScharr_3_32f, 3, kerDx_3_32f, 3,
-                                 noxBorderReplicate, 0, buffer, 1, 1);
-}
+NOX_SCHARR(Nox8u, Nox16s, 8u16s, 16s)
+NOX_SCHARR(Nox32f, Nox32f, 32f, 32f)
 
 /// To the scale of the patches: a sum of 32 weights for a value times 128, or for the value itself.
 void rescale(Nox16s *row, int width) { noxsMulC_16s_ISfs(4, row, width, 0); }

@@ -1,7 +1,6 @@
 // Sums of taps in single and double precision for the processor tier that is being compiled; no include guard, see
 // noxveachtier.h. Some vectors of sums stay in registers while all taps pass by.
 
-using F64 [[gnu::vector_size(vectorBytes)]] = Nox64f;
 template <class Real>
 using RealVector = std::conditional_t<std::is_same_v<Real, Nox32f>, F32, F64>;
 
@@ -27,14 +26,6 @@ requires std::is_same_v<Real, Nox64f> NOX_LANES F64 realsOf(const Nox16s *from) 
     __builtin_memcpy(&two, from, sizeof(two));
     const __m128i words = _mm_cvtsi32_si128(two);
     return (F64)_mm_cvtepi32_pd(_mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16));
-#endif
-}
-
-NOX_LANES F64 splat(Nox64f value) {
-#if NOX_LANES_BYTES == 32
-    return (F64)_mm256_set1_pd(value);
-#else
-    return (F64)_mm_set1_pd(value);
 #endif
 }
 
