@@ -1,11 +1,8 @@
 // Callers of the older convention keep the stack aligned to 4 bytes only; every kind of kernel must survive that.
 #include "noxcv.h"
 #include "support/image.h"
-#include "support/threads.h"
-
-// The address sanitizer keeps its own books of an aligned stack, so its build leaves this test out.
-#if defined(__i386__) && !defined(__SANITIZE_ADDRESS__)
 #include "support/misaligned.h"
+#include "support/threads.h"
 
 using test::Image;
 
@@ -89,4 +86,3 @@ TEST(MisalignedStack, ParallelReduction) {
 }
 
 } // namespace
-#endif
