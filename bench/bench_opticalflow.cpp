@@ -1,4 +1,5 @@
 // The point tracker: 2000 points, windows of 21, four levels, a picture that moves by a fraction of a pixel.
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>

@@ -5,6 +5,7 @@
 // PICTURE is any PNG or JPEG. The results go to FOLDER as NAME-edges.png and NAME-side-by-side.png. Without thresholds
 // the high one is the gradient magnitude that nine of ten pixels stay below, and the low one 0.4 of it.
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>

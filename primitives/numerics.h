@@ -1,7 +1,6 @@
 // Each rounding of the library under one name. Families call these and never round on their own.
 #pragma once
 
-#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <limits>

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cmath>
+
 #include "noxcv.h"
 #include "ownprimitives.h"
 #include "reference/elementwise.h"

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "noxcv.h"
 #include "reference/elementwise.h"
 #include "support/vector.h"

@@ -1,4 +1,5 @@
-#include <limits>
+
+#include <cmath>
 
 #include "noxcv.h"
 #include "reference/accumulate.h"

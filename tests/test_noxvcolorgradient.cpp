@@ -1,4 +1,6 @@
-#include <limits>
+
+#include <algorithm>
+#include <cmath>
 
 #include "noxcv.h"
 #include "reference/canny.h"

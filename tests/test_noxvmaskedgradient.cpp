@@ -1,5 +1,4 @@
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <vector>

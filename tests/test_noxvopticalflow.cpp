@@ -1,5 +1,7 @@
 // The point tracker: every member against a plain one, for levels of both sorts, all threads, all kinds of points.
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>

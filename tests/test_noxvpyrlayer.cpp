@@ -1,4 +1,5 @@
 // Layer states, and both layer operators.
+#include <algorithm>
 #include <functional>
 #include <limits>
 #include <vector>

@@ -1,5 +1,6 @@
 #include "noxvquotient.h"
 
+#include <cmath>
 #include <random>
 
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "noxcv.h"
 #include "noxvsubpix.h"

@@ -1,6 +1,8 @@
 // Bilinear interpolation of rows.
 #include "noxvbilinear.h"
 
+#include <algorithm>
+
 namespace nox {
 /// How the integer kernels go over the results.
 enum class Order { rows, columns };

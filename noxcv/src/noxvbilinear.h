@@ -4,11 +4,9 @@
 // float weights, in single precision and in the order p00, p10, p01, p11.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <type_traits>
 
 #include "noxtypes.h"

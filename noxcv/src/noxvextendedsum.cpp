@@ -1,6 +1,9 @@
 // The spread of a row of floats.
 #include "noxvextendedsum.h"
 
+#include <algorithm>
+#include <cstdint>
+
 namespace nox {
 
 namespace {

@@ -2,7 +2,6 @@
 #include "noxvfilterborder.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <type_traits>
 
 #include "checks.h"

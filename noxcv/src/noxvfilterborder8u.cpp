@@ -1,4 +1,6 @@
 // Row and column kernels of the fixed filters on 8-bit images, through rows of 16 bits.
+#include <algorithm>
+
 #include "noxvfilterborder.h"
 #include "noxvfilterkernels.h"
 #include "numerics.h"

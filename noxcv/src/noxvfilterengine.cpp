@@ -1,7 +1,6 @@
 // The engine of the fixed border filters: a ring of filtered rows, as high as the window, goes down the image. Each
 // step filters one row more into the ring and one window out of it, so that the rows stay in the nearest cache.
 #include <algorithm>
-#include <cstdint>
 
 #include "borders.h"
 #include "noxvfilterborder.h"

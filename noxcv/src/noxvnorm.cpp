@@ -1,4 +1,5 @@
 // Masked norms: of an image, of a difference, and of a difference relative to the second image.
+#include <algorithm>
 #include <cmath>
 
 #include "checks.h"

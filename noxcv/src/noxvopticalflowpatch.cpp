@@ -1,9 +1,9 @@
 // Kernels of the point tracker. Patches of 8-bit images are 16-bit integers with 7 fractional bits, all others floats.
 #include "noxvopticalflowpatch.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <tuple>
 
 #include <emmintrin.h>

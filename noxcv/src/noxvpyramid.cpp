@@ -1,6 +1,5 @@
 // The pyramid record: how large the levels are, and their scales.
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 
 #include "noxcv/frame.h"

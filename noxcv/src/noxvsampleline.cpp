@@ -1,7 +1,7 @@
 // Pixels along a straight segment.
 #include "noxvsampleline.h"
 
-#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <type_traits>
 
 #include "noxvextendedsum.h"

@@ -1,6 +1,9 @@
 // Patches around a real-valued point: whole, with the source's edge repeated, or the inner part only.
 #include "noxvsubpix.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "checks.h"
 #include "noxvbilinear.h"
 #include "rows.h"

@@ -3,7 +3,6 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdint>
 #include <type_traits>
 
 #include <xmmintrin.h>

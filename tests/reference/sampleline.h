@@ -1,7 +1,6 @@
 // Plain line walk.
 #pragma once
 
-#include <cmath>
 #include <cstdlib>
 #include <vector>
 

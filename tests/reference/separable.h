@@ -1,7 +1,6 @@
 // Plain row and column filters: a line with its border written out, sums and quotients in 80 bits.
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 #include <type_traits>
 #include <vector>

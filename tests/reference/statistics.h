@@ -1,7 +1,6 @@
 // Plain norms, means and extrema.
 #pragma once
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
