@@ -9,6 +9,8 @@
 #include "tiers.h"
 
 #define NOX_LANES [[gnu::always_inline]] NOX_LANES_TARGET inline
+/// Stands before a short loop over an array of vectors: unrolled, the vectors stay in registers.
+#define NOX_UNROLLED _Pragma("GCC unroll 8")
 
 namespace nox::baseline {
 #define NOX_LANES_BYTES 16
@@ -39,4 +41,5 @@ namespace nox::wide {
 #endif
 
 #undef NOX_LANES
+#undef NOX_UNROLLED
 #undef NOX_KERNELS

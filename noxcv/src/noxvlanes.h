@@ -78,6 +78,24 @@ NOX_LANES U64 sumsOfBytes(U8 v) {
 #endif
 }
 
+/// Sums of two bytes each.
+NOX_LANES U16 pairSums(U8 v) {
+#if NOX_LANES_BYTES == 32
+    return (U16)_mm256_maddubs_epi16((__m256i)v, _mm256_set1_epi8(1));
+#else
+    return ((U16)v & 0xFF) + ((U16)v >> 8);
+#endif
+}
+
+/// The even byte of each pair minus the odd one.
+NOX_LANES U16 pairDifferences(U8 v) {
+#if NOX_LANES_BYTES == 32
+    return (U16)_mm256_maddubs_epi16((__m256i)v, _mm256_set1_epi16(-0xFF)); // weights 1 and -1
+#else
+    return ((U16)v & 0xFF) - ((U16)v >> 8);
+#endif
+}
+
 /// Sums of two products of signed 16-bit lanes each.
 NOX_LANES U32 sumsOfProducts(U16 a, U16 b) {
 #if NOX_LANES_BYTES == 32
@@ -98,6 +116,40 @@ NOX_LANES bool any(U8 v) {
 
 /// Adds both halves of each 64-bit lane to it.
 NOX_LANES U64 addHalves(U64 total, U32 v) { return total + ((U64)v & 0xFFFFFFFFU) + ((U64)v >> 32); }
+
+/// Sums of two unsigned 16-bit lanes each.
+NOX_LANES U32 sumsOfPairs(U16 v) { return ((U32)v & 0xFFFFU) + ((U32)v >> 16); }
+
+/// v with each byte `bytes` places lower; what moves in at the top has no meaning.
+template <int bytes>
+NOX_LANES U8 movedDown(U8 v) {
+#if NOX_LANES_BYTES == 32
+    if constexpr (bytes == 16)
+        return (U8)_mm256_permute2x128_si256((__m256i)v, (__m256i)v, 1);
+    else
+        return (U8)_mm256_srli_si256((__m256i)v, bytes);
+#else
+    return (U8)_mm_srli_si128((__m128i)v, bytes);
+#endif
+}
+
+/// The largest lane.
+template <class V, int bytes = vectorBytes / 2>
+NOX_LANES auto largestLane(V v) {
+    if constexpr (bytes < static_cast<int>(sizeof(v[0])))
+        return v[0];
+    else
+        return largestLane<V, bytes / 2>(larger<V>((V)movedDown<bytes>((U8)v), v));
+}
+
+/// The smallest lane.
+template <class V, int bytes = vectorBytes / 2>
+NOX_LANES auto smallestLane(V v) {
+    if constexpr (bytes < static_cast<int>(sizeof(v[0])))
+        return v[0];
+    else
+        return smallestLane<V, bytes / 2>(smaller<V>((V)movedDown<bytes>((U8)v), v));
+}
 
 NOX_LANES std::uint64_t sumOfLanes(U64 v) {
     std::uint64_t sum = 0;

@@ -8,8 +8,8 @@
 
 // --- pixels ---
 
-/// Pixels between two calls of widen(): no 32-bit lane overflows in as many, three channels of them included.
-constexpr int longestRun = 1 << 15;
+/// Steps between two calls of widen(): sums of two bytes fit 16 bits in as many.
+constexpr int longestRun = 128;
 /// Pixels that are picked out of an interleaved image at a time.
 constexpr int lineLength = 512;
 
@@ -39,13 +39,24 @@ NOX_LANES const T *pixelsOf(const T *row, int x, int n, int channel, Line<T, cha
     }
 }
 
-/// One line of pixels through a kernel.
+/// Kernels that take turns in a walk: a comparison of floats takes some cycles, and the next need not wait for it.
+template <class T>
+constexpr int turns = std::is_same_v<T, Nox32f> ? 3 : 1;
+
+/// One line of pixels through kernels that take turns.
 template <class T, bool two, bool masked, class Kernel>
-NOX_LANES void walkLine(const T *a, const T *b, const Nox8u *mask, int n, Kernel &kernel) {
+NOX_LANES void walkLine(const T *a, const T *b, const Nox8u *mask, int n, Kernel (&kernels)[turns<T>]) {
     using V = typename VectorOf<T>::Type;
-    constexpr int lanes = lanesOf<T>;
+    constexpr int lanes = lanesOf<T>, group = turns<T> * lanes;
+    Kernel &kernel = kernels[0];
     int x = 0, steps = n / lanes;
-    for (; x <= n - lanes; x += lanes) {
+    for (; x <= n - group; x += group)
+        NOX_UNROLLED for (int i = 0; i < turns<T>; ++i) {
+            const int at = x + i * lanes;
+            const V v = load<V>(a + at);
+            kernels[i].step(v, two ? load<V>(b + at) : v, masked ? offLanes<T>(mask + at) : U8{});
+        }
+    for (; turns < T >> 1 && x <= n - lanes; x += lanes) {
         const V v = load<V>(a + x);
         kernel.step(v, two ? load<V>(b + x) : v, masked ? offLanes<T>(mask + x) : U8{});
     }
@@ -69,24 +80,33 @@ NOX_LANES bool isPacked(const Region<T> &region) {
 /// All pixels of a region through a kernel.
 template <class T, int channels, bool two, bool masked, class Kernel>
 NOX_LANES void walk(const Region<T> &region, Kernel &kernel) {
-    constexpr int run = channels == 1 ? longestRun : lineLength;
+    constexpr int run = channels == 1 ? longestRun * lanesOf<T> : lineLength;
+    static_assert(run <= longestRun * lanesOf<T>);
     const bool packed = isPacked<T, channels, two, masked>(region);
     const int width = packed ? region.width * region.height : region.width, height = packed ? 1 : region.height;
     Line<T, channels> line1, line2;
+    Kernel kernels[turns<T>];
+    for (auto &each : kernels)
+        each = kernel;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width;) {
             const int n = std::min(run, width - x);
             const T *a = pixelsOf<T, channels>(region.src1[y], x, n, region.channel, line1);
             const T *b = two ? pixelsOf<T, channels>(region.src2[y], x, n, region.channel, line2) : a;
-            walkLine<T, two, masked>(a, b, masked ? region.mask[y] + x : nullptr, n, kernel);
+            walkLine<T, two, masked>(a, b, masked ? region.mask[y] + x : nullptr, n, kernels);
             x += n;
         }
+    kernel = kernels[0];
+    if constexpr (turns < T >> 1)
+        for (int i = 1; i < turns<T>; ++i)
+            kernel.join(kernels[i]);
 }
 
 /// All pixels of an unmasked interleaved region of bytes through a kernel, without picking them out: the lanes of the
 /// other channels are off. Three vectors hold whole pixels.
 template <class T, class Kernel>
 NOX_LANES void walkInterleaved(const Region<T> &region, Kernel &kernel) {
+    constexpr int run = longestRun / 3 * 3 * vectorBytes;
     U8 off[3];
     for (int i = 0; i < 3; ++i)
         off[i] = ~load<U8>(noxvCoiMaskA[region.channel] + i * vectorBytes % 3);
@@ -94,9 +114,9 @@ NOX_LANES void walkInterleaved(const Region<T> &region, Kernel &kernel) {
     const int height = packed ? 1 : region.height;
     const long long bytes = 3LL * region.width * (packed ? region.height : 1);
     for (int y = 0; y < height; ++y)
-        for (long long first = 0; first < bytes; first += 3 * longestRun) {
+        for (long long first = 0; first < bytes; first += run) {
             const T *from = region.src1[y] + static_cast<std::ptrdiff_t>(first);
-            const int n = static_cast<int>(std::min<long long>(3 * longestRun, bytes - first));
+            const int n = static_cast<int>(std::min<long long>(run, bytes - first));
             int x = 0, steps = n / (3 * vectorBytes) * 3;
             for (; x <= n - 3 * vectorBytes; x += 3 * vectorBytes)
                 for (int i = 0; i < 3; ++i) {
@@ -164,12 +184,7 @@ struct Largest {
 
     NOX_LANES void add(typename VectorOf<T>::Type v) { best = larger(v, best); }
     NOX_LANES void widen(int) {}
-    NOX_LANES auto result() const {
-        auto value = best[0];
-        for (int i = 1; i < lanesOf<T>; ++i)
-            value = best[i] > value ? best[i] : value;
-        return value;
-    }
+    NOX_LANES auto result() const { return largestLane(best); }
 };
 
 /// The number of lanes that are on.
@@ -185,23 +200,28 @@ struct Count {
     }
 };
 
-/// Sum and sum of squares of 8-bit lanes. An unused one of the two costs nothing.
+/// Sum and sum of squares of 8-bit lanes, from pairs: (a + b)^2 + (a - b)^2 = 2 (a^2 + b^2). An unused one of the two
+/// costs nothing.
 template <class T>
 struct Sums {
-    U64 levels = {}, squares64 = {};
+    U16 levels16 = {};
     U32 squares32 = {};
+    U64 levels64 = {}, squares64 = {};
 
     NOX_LANES void add(U8 v) {
-        const U16 even = (U16)v & 0xFF, odd = (U16)v >> 8;
-        levels += sumsOfBytes(v);
-        squares32 += sumsOfProducts(even, even) + sumsOfProducts(odd, odd);
+        const U16 sums = pairSums(v), differences = pairDifferences(v);
+        levels16 += sums;
+        squares32 += sumsOfProducts(sums, sums);
+        squares32 += sumsOfProducts(differences, differences);
     }
     NOX_LANES void widen(int) {
+        levels64 = addHalves(levels64, sumsOfPairs(levels16));
         squares64 = addHalves(squares64, squares32);
+        levels16 = U16{};
         squares32 = U32{};
     }
-    NOX_LANES std::uint64_t sum() const { return sumOfLanes(levels); }
-    NOX_LANES std::uint64_t squares() const { return sumOfLanes(squares64); }
+    NOX_LANES std::uint64_t sum() const { return sumOfLanes(levels64); }
+    NOX_LANES std::uint64_t squares() const { return sumOfLanes(squares64) / 2; }
 };
 
 /// Of 16-bit lanes: with s = v - 32768, the sum of two s^2 fits 32 unsigned bits, and v^2 = s^2 + 65536 v - 2^30.
@@ -365,6 +385,7 @@ struct Measure<T, Norm::Inf> {
     Largest<T> largest;
     NOX_LANES void add(typename VectorOf<T>::Type v) { largest.add(v); }
     NOX_LANES void widen(int) {}
+    NOX_LANES void join(const Measure &other) { largest.add(other.largest.best); }
     NOX_LANES NormValue<T, Norm::Inf> result() const { return largest.result(); }
 };
 
@@ -381,6 +402,10 @@ struct NormKernel {
     NOX_LANES void widen(int steps) {
         for (auto &measure : measures)
             measure.widen(steps);
+    }
+    NOX_LANES void join(const NormKernel &other) {
+        for (int i = 0; i < resultsOf<form>; ++i)
+            measures[i].join(other.measures[i]);
     }
 };
 
@@ -468,8 +493,9 @@ NOX_LANES_TARGET Slots<Nox64f, 1> centredSquares(const Region<Nox32f> &region, N
 template <class T>
 struct ExtremaKernel {
     using V = typename VectorOf<T>::Type;
-    V low, high;
+    V low = {}, high = {};
 
+    ExtremaKernel() = default;
     NOX_LANES explicit ExtremaKernel(const Extrema<T> &best) : low(V{} + best.low), high(V{} + best.high) {}
     NOX_LANES void step(V a, V, U8 off) {
         const V v = level<T, V>(a);
@@ -477,45 +503,47 @@ struct ExtremaKernel {
         high = larger(std::is_same_v<T, Nox32f> ? fillOff(v, off) : clearOff(v, off), high);
     }
     NOX_LANES void widen(int) {}
+    NOX_LANES void join(const ExtremaKernel &other) {
+        low = smaller(other.low, low);
+        high = larger(other.high, high);
+    }
 };
 
 /// Smallest and largest level of a block of rows with, for each, the first of the rows in which it was looked for and
-/// found better than all before. A few rows are taken together where they are short.
+/// found better than all before. Short rows are taken some together: enough of them to fill a few thousand bytes, but
+/// no more than a quarter of the block, since the position is searched for in them afterwards.
 template <class T, int channels, bool masked>
 NOX_LANES_TARGET Extrema<T> extremaBlock(const Region<T> &region) {
-    constexpr int bytesTogether = 1024;
+    constexpr int bytesTogether = 8192;
     const long long rowBytes = static_cast<long long>(region.width) * channels * static_cast<int>(sizeof(T));
-    const int together = static_cast<int>(std::max(1LL, bytesTogether / rowBytes));
+    const int together =
+        static_cast<int>(std::clamp(bytesTogether / rowBytes, 1LL, std::max(1LL, region.height / 4LL)));
     Extrema<T> best;
     for (int y = 0; y < region.height; y += together) {
         ExtremaKernel<T> kernel(best);
         walkOne<T, channels, masked>(region.rows(y, std::min(together, region.height - y)), kernel);
         if (any((U8)(kernel.low < best.low))) {
-            for (int i = 0; i < lanesOf<T>; ++i)
-                best.low = kernel.low[i] < best.low ? kernel.low[i] : best.low;
+            best.low = smallestLane(kernel.low);
             best.lowRow = y;
         }
         if (any((U8)(kernel.high > best.high))) {
-            for (int i = 0; i < lanesOf<T>; ++i)
-                best.high = kernel.high[i] > best.high ? kernel.high[i] : best.high;
+            best.high = largestLane(kernel.high);
             best.highRow = y;
         }
     }
     return best;
 }
 
-/// The first pixel of a row that is under the mask and equals value, or n. `a` is the first pixel's channel.
-template <class T, int channels, bool masked>
-NOX_LANES int firstInRow(const T *a, const Nox8u *mask, int n, T value) {
+/// The first of n pixels that is under the mask and equals value, or n.
+template <class T, bool masked>
+NOX_LANES int firstInLine(const T *a, const Nox8u *mask, int n, T value) {
+    using V = typename VectorOf<T>::Type;
+    const V wanted = V{} + static_cast<Level<T>>(value);
     int x = 0;
-    if constexpr (channels == 1) {
-        using V = typename VectorOf<T>::Type;
-        const V wanted = V{} + static_cast<Level<T>>(value);
-        for (; x <= n - lanesOf<T>; x += lanesOf<T>)
-            if (any(clearOff((U8)(load<V>(a + x) == wanted), masked ? offLanes<T>(mask + x) : U8{})))
-                break;
-    }
-    while (x < n && ((masked && mask[x] == 0) || a[static_cast<std::ptrdiff_t>(x) * channels] != value))
+    for (; x <= n - lanesOf<T>; x += lanesOf<T>)
+        if (any(clearOff((U8)(load<V>(a + x) == wanted), masked ? offLanes<T>(mask + x) : U8{})))
+            break;
+    while (x < n && ((masked && mask[x] == 0) || a[x] != value))
         ++x;
     return x;
 }
@@ -524,11 +552,16 @@ NOX_LANES int firstInRow(const T *a, const Nox8u *mask, int n, T value) {
 /// none.
 template <class T, int channels, bool masked>
 NOX_LANES_TARGET NoxiPoint firstEqual(const Region<T> &region, int row, T value) {
-    for (int y = row; y < region.height; ++y) {
-        const T *a = region.src1[y] + region.channel;
-        const int x = firstInRow<T, channels, masked>(a, masked ? region.mask[y] : nullptr, region.width, value);
-        if (x < region.width)
-            return {x, y};
-    }
+    constexpr int run = channels == 1 ? INT_MAX : lineLength;
+    Line<T, channels> line;
+    for (int y = row; y < region.height; ++y)
+        for (int x = 0; x < region.width;) {
+            const int n = std::min(run, region.width - x);
+            const T *a = pixelsOf<T, channels>(region.src1[y], x, n, region.channel, line);
+            const int found = firstInLine<T, masked>(a, masked ? region.mask[y] + x : nullptr, n, value);
+            if (found < n)
+                return {x + found, y};
+            x += n;
+        }
     return {-1, -1};
 }

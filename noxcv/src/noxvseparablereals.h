@@ -29,9 +29,6 @@ requires std::is_same_v<Real, Nox64f> NOX_LANES F64 realsOf(const Nox16s *from) 
 #endif
 }
 
-/// A short loop over vectors that is unrolled early, or their sums would not stay in registers.
-#define NOX_UNROLLED _Pragma("GCC unroll 8")
-
 /// Some vectors of sums, j ascending, from the first product on.
 template <int vectors, class Real>
 struct Sums {
@@ -208,5 +205,3 @@ NOX_LANES_TARGET void convertLine(const T *from, Nox64f *__restrict to, int coun
     for (int x = 0; x < count; ++x)
         to[x] = from[x];
 }
-
-#undef NOX_UNROLLED
