@@ -23,8 +23,9 @@ endif()
 add_library(noxcv_library_flags INTERFACE)
 target_compile_options(noxcv_library_flags INTERFACE
   -fno-semantic-interposition -fno-exceptions -fno-rtti
-  # Old callers keep the stack aligned to 4 bytes only.
-  $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign>)
+  # Old callers keep the stack aligned to 4 bytes only. Said in both ways: with the first alone, the compiler would not
+  # inline plain functions into those of the wide tier.
+  $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign;-mincoming-stack-boundary=2>)
 target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions)
 if(NOT NOXCV_SANITIZE)
   target_link_options(noxcv_library_flags INTERFACE -Wl,-z,defs)
