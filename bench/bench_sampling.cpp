@@ -4,10 +4,10 @@
 
 #include "bench.h"
 #include "noxcv.h"
-#include "noxvsubpix.h"
 #include "reference/sampleline.h"
 #include "reference/subpix.h"
 #include "reference/undistort.h"
+#include "sampling/noxvsubpix.h"
 
 namespace {
 

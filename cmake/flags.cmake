@@ -26,7 +26,11 @@ target_compile_options(noxcv_library_flags INTERFACE
   # Old callers keep the stack aligned to 4 bytes only. Said in both ways: with the first alone, the compiler would not
   # inline plain functions into those of the wide tier.
   $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign;-mincoming-stack-boundary=2>)
-target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions)
+target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions
+  # Addresses are settled when the library is loaded and the tables that hold them are read-only from then on.
+  -Wl,-z,relro,-z,now
+  # The runtime's threads outlive a call: a program that closes the library must not take their code away.
+  -Wl,-z,nodelete)
 if(NOT NOXCV_SANITIZE)
   target_link_options(noxcv_library_flags INTERFACE -Wl,-z,defs)
 endif()

@@ -10,6 +10,8 @@
 #include "noxcv/edges.h"
 #include "noxcv/filter.h"
 #include "noxcv/frame.h"
+#include "noxcv/opticalflow.h"
+#include "noxcv/primitives.h"
 #include "noxcv/pyramid.h"
 #include "noxcv/sampling.h"
 #include "noxcv/statistics.h"

@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "checks.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 #include "ownprimitives.h"
 #include "rows.h"
 

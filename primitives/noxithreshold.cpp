@@ -1,7 +1,7 @@
 // Thresholds of images.
 #include "checks.h"
 #include "elementwise.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 #include "ownprimitives.h"
 #include "rows.h"
 

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "checks.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 #include "tiers.h"
 
 using namespace nox;

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 
 void *(*nox_malloc)(size_t size) = std::malloc;
 void *(*nox_calloc)(size_t count, size_t size) = std::calloc;

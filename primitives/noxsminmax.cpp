@@ -1,7 +1,7 @@
 // Element-wise minimum and maximum of vectors. Ranges may overlap: elements are done in ascending order.
 #include "checks.h"
 #include "elementwise.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 #include "tiers.h"
 
 using namespace nox;

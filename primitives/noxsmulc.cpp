@@ -5,7 +5,7 @@
 #include <emmintrin.h>
 
 #include "checks.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 #include "tiers.h"
 
 using namespace nox;

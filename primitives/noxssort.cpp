@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "checks.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 
 using namespace nox;
 

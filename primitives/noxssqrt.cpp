@@ -6,7 +6,7 @@
 #include <immintrin.h>
 
 #include "checks.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 #include "tiers.h"
 
 using namespace nox;

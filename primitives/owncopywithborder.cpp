@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "borders.h"
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 #include "ownprimitives.h"
 #include "rows.h"
 
@@ -16,7 +16,7 @@ constexpr int mixedBorder = 5;
 
 template <class T, int channels>
 struct Pixel {
-    T channel[channels];
+    Element<T> channel[channels];
 };
 
 template <class T, int channels>

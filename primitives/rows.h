@@ -9,6 +9,24 @@
 
 namespace nox {
 
+/// T as it lies in an image: at any address, whatever the type's own alignment, and under any other type's name. A
+/// kernel reads and writes pixels through pointers to this, never through plain T pointers: the compiler would take a
+/// plain pointer's alignment for granted, and some of its tunings build vector loops on that.
+///
+/// The alignment belongs to the pointer's spelling, not to the type: a reference to such an element, and a template
+/// argument that is deduced from one, are those of plain T. So pass elements by value, and let kernels' parameters be
+/// spelled `const Element<T> *`. Bytes are what they are, and a structure that stands for a pixel is packed itself.
+template <class T, bool asItIs = alignof(T) == 1 || std::is_class_v<T>>
+struct ElementOf {
+    typedef T Type __attribute__((aligned(1), may_alias)); // an alias declaration would lose the attributes
+};
+template <class T>
+struct ElementOf<T, true> {
+    using Type = T;
+};
+template <class T>
+using Element = typename ElementOf<T>::Type;
+
 /// Row y of an image of T with a byte step.
 template <class T>
 struct Rows {
@@ -17,8 +35,8 @@ struct Rows {
     T *base;
     std::ptrdiff_t step;
 
-    NOX_INLINE T *operator[](std::ptrdiff_t y) const {
-        return reinterpret_cast<T *>(reinterpret_cast<Byte *>(base) + y * step);
+    NOX_INLINE Element<T> *operator[](std::ptrdiff_t y) const {
+        return reinterpret_cast<Element<T> *>(reinterpret_cast<Byte *>(base) + y * step);
     }
     /// The same image from row y on.
     NOX_INLINE Rows from(std::ptrdiff_t y) const { return {(*this)[y], step}; }

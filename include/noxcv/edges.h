@@ -1,6 +1,6 @@
 /**
  * @file edges.h
- * Edges: Canny's edge detector and the colour gradient.
+ * Edges: differences of images, Canny's edge detector and the colour gradient.
  */
 #ifndef NOXCV_EDGES_H
 #define NOXCV_EDGES_H
@@ -8,6 +8,38 @@
 #include "../noxtypes.h"
 
 NOX_BEGIN_DECLS
+
+/**
+ * @name Absolute difference of two images
+ * dst = |src1 - src2|, exact for integers; for Nox32f one single-precision subtraction with the sign bit cleared
+ * (a not-a-number stays one, with a cleared sign). One channel; dst may be one of the sources.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f), in this order.
+ * @{
+ */
+NOX_API NoxStatus noxiAbsDiff_8u_C1R(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step, Nox8u *dst,
+                                     int dstStep, NoxiSize roi);
+NOX_API NoxStatus noxiAbsDiff_16u_C1R(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step, Nox16u *dst,
+                                      int dstStep, NoxiSize roi);
+NOX_API NoxStatus noxiAbsDiff_32f_C1R(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step, Nox32f *dst,
+                                      int dstStep, NoxiSize roi);
+/** @} */
+
+/**
+ * @name Absolute difference of an image and a constant
+ * dst = |src - value|. The integer forms first clamp value to the element's range (0 to 255, 0 to 65535); the
+ * Nox32f form takes it as it is and clears the sign bit of the single-precision difference. One channel; dst may be
+ * src.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f), in this order.
+ * @{
+ */
+NOX_API NoxStatus noxiAbsDiffC_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi, int value);
+NOX_API NoxStatus noxiAbsDiffC_16u_C1R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
+                                       int value);
+NOX_API NoxStatus noxiAbsDiffC_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                       Nox32f value);
+/** @} */
 
 /**
  * @name Canny's edge detector

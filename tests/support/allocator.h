@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 
-#include "noxcv/frame.h"
+#include "noxcv/primitives.h"
 
 namespace test {
 

@@ -1,0 +1,72 @@
+// The areas of a work buffer: one description of a layout tells its size and gives out its pointers.
+#pragma once
+
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "noxtypes.h"
+#include "rows.h"
+
+namespace nox {
+
+/// Gives out the areas of a buffer one behind the other. A family describes its layout once, as a function or a
+/// constructor that takes a WorkBuffer; over no memory that tells the size, over the caller's buffer it gives the
+/// pointers, so the two cannot disagree:
+///
+///     struct Areas {
+///         Nox32f *row;
+///         Nox8u *flags;
+///         Areas(WorkBuffer &buffer, NoxiSize roi)
+///             : row(buffer.take<Nox32f>(roi.width)), flags(buffer.aligned(32).take<Nox8u>(roi.height)) {}
+///     };
+///     WorkBuffer measure;                       // no memory
+///     Areas(measure, roi);
+///     return storeSize(measure.bytes() + 31, size); // 31: the caller's address may lie anywhere
+///     ...
+///     WorkBuffer work(buffer, 32);              // the caller's buffer, moved up to a multiple of 32
+///     const Areas areas(work, roi);
+///
+/// Lengths and sums are formed in 64 bits and stop at the largest value, so that no size wraps.
+class WorkBuffer {
+public:
+    /// Measures: pointers that it gives have no meaning.
+    WorkBuffer() = default;
+    /// Starts at the first address from `buffer` on that is a multiple of `multiple`, a power of two.
+    WorkBuffer(void *buffer, std::size_t multiple) : base_(alignUp(static_cast<unsigned char *>(buffer), multiple)) {}
+
+    /// The next `length` elements of T; a length below 1 takes nothing.
+    template <class T>
+    T *take(long long length) {
+        unsigned char *area = base_ + (base_ == nullptr ? 0 : static_cast<std::ptrdiff_t>(bytes_));
+        long long bytes = 0;
+        if (length > 0 && (__builtin_mul_overflow(length, static_cast<long long>(sizeof(T)), &bytes) ||
+                           __builtin_add_overflow(bytes_, bytes, &bytes_)))
+            bytes_ = std::numeric_limits<long long>::max();
+        return reinterpret_cast<T *>(area);
+    }
+    /// Goes on at the next multiple of `multiple` bytes from the start.
+    WorkBuffer &aligned(int multiple) {
+        const long long rest = bytes_ & (multiple - 1);
+        if (rest != 0 && __builtin_add_overflow(bytes_, multiple - rest, &bytes_))
+            bytes_ = std::numeric_limits<long long>::max();
+        return *this;
+    }
+    /// What has been taken so far, gaps included.
+    long long bytes() const { return bytes_; }
+
+private:
+    unsigned char *base_ = nullptr;
+    long long bytes_ = 0;
+};
+
+/// Stores a size that an int holds; noxStsBadSize, and nothing stored, for one that it does not.
+inline NoxStatus storeSize(long long bytes, int *size) {
+    if (bytes < 0 || bytes > INT_MAX)
+        return noxStsBadSize;
+    *size = static_cast<int>(bytes);
+    return noxStsNoError;
+}
+
+} // namespace nox
