@@ -35,7 +35,7 @@ bench::Work cannyWork(Entry entry, const bench::Image<T> &dx, const bench::Image
     const bench::Image<Nox8u> dst(size);
     int bytes = 0;
     noxiCannyGetSize(size, &bytes);
-    const bench::Image<Nox8u> buffer({bytes, 1});
+    const bench::Buffer buffer(bytes);
     return {
         [=] {
             entry(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low, high, buffer.data());

@@ -45,7 +45,7 @@ struct RowSet {
 
 std::string named(const char *name, int kernelSize) { return std::string(name) + " " + std::to_string(kernelSize); }
 
-bench::Image<Nox8u> bufferOf(int bytes) { return bench::Image<Nox8u>({bytes + 1, 1}); }
+bench::Buffer bufferOf(int bytes) { return bench::Buffer(bytes + 1); }
 
 /// A row pipeline. call(src, step, rows, roi, kernel, kernelSize, buffer).
 template <class T, class Out, class Tap, int Channels, class Sum, class Store, class Call, class Size>

@@ -16,7 +16,7 @@ void addDown(const std::string &name, Entry entry, int channels) {
     bench::add({name, element, element / 4, false, [entry, channels](NoxiSize size) -> bench::Work {
                     const auto src = bench::picture<T>(size, channels);
                     const bench::Image<T> dst({(size.width + 1) / 2, (size.height + 1) / 2}, channels);
-                    const bench::Image<Nox8u> buffer({size.width * channels * 24 + 256, 1});
+                    const bench::Buffer buffer(size.width * channels * 24 + 256);
                     return {
                         [=] { entry(src.data(), src.step(), dst.data(), dst.step(), size, buffer.data()); },
                         [=] { reference::pyrDown(src.data(), src.step(), dst.data(), dst.step(), size, channels); }};
@@ -29,7 +29,7 @@ void addUp(const std::string &name, Entry entry, int channels) {
     bench::add({name, element, element * 4, false, [entry, channels](NoxiSize size) -> bench::Work {
                     const auto src = bench::picture<T>(size, channels);
                     const bench::Image<T> dst({size.width * 2, size.height * 2}, channels);
-                    const bench::Image<Nox8u> buffer({size.width * channels * 24 + 256, 1});
+                    const bench::Buffer buffer(size.width * channels * 24 + 256);
                     return {[=] { entry(src.data(), src.step(), dst.data(), dst.step(), size, buffer.data()); },
                             [=] { reference::pyrUp(src.data(), src.step(), dst.data(), dst.step(), size, channels); }};
                 }});

@@ -110,7 +110,7 @@ void addUndistort(const std::string &name, Call call, int channels) {
                         const auto dst = bench::picture<T>(size, channels, 2);
                         int bufferSize = 0;
                         noxiUndistortGetSize(size, &bufferSize);
-                        const bench::Image<Nox8u> buffer({bufferSize, 1});
+                        const bench::Buffer buffer(bufferSize);
                         const reference::Lens lens = lensFor(size, 0);
                         return {[=] {
                                     call(src.data(), src.step(), dst.data(), dst.step(), size, lens.fx, lens.fy,

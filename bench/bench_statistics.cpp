@@ -66,8 +66,9 @@ void addMember(const char *name, int channels, int images, bool masked, Run run,
                 [=](NoxiSize size) -> bench::Work {
                     const Pictures<T> p(size, channels);
                     return {[=] {
-                                Results r;
+                                Results r = {};
                                 run(p, size, r);
+                                bench::keep(r);
                             },
                             [=] {
                                 plain(p, masked ? p.on() : reference::Mask{nullptr, 0}, size);

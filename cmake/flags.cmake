@@ -25,7 +25,8 @@ target_compile_options(noxcv_library_flags INTERFACE
   -fno-semantic-interposition -fno-exceptions -fno-rtti
   # Old callers keep the stack aligned to 4 bytes only. Said in both ways: with the first alone, the compiler would not
   # inline plain functions into those of the wide tier.
-  $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign;-mincoming-stack-boundary=2>)
+  $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign>
+  $<$<AND:$<EQUAL:${NOXCV_BITS},32>,$<CXX_COMPILER_ID:GNU>>:-mincoming-stack-boundary=2>)
 target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions
   # Addresses are settled when the library is loaded and the tables that hold them are read-only from then on.
   -Wl,-z,relro,-z,now
