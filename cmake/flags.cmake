@@ -31,7 +31,9 @@ target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions
   # Addresses are settled when the library is loaded and the tables that hold them are read-only from then on.
   -Wl,-z,relro,-z,now
   # The runtime's threads outlive a call: a program that closes the library must not take their code away.
-  -Wl,-z,nodelete)
+  -Wl,-z,nodelete
+  # What little the compiler's own runtime adds becomes part of the libraries.
+  -static-libgcc -static-libstdc++)
 if(NOT NOXCV_SANITIZE)
   target_link_options(noxcv_library_flags INTERFACE -Wl,-z,defs)
 endif()

@@ -15,6 +15,7 @@
 #include "noxcv/pyramid.h"
 #include "noxcv/sampling.h"
 #include "noxcv/statistics.h"
+#include "noxstatus.h"
 #include "noxtypes.h"
 
 #endif
