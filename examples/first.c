@@ -8,7 +8,7 @@ int main(void) {
     const NoxiSize roi = {3, 2}; /* columns, rows; the steps from row to row are in bytes */
     const NoxStatus status = noxiAbsDiff_8u_C1R(a, 3, b, 3, difference, 3, roi);
     for (int i = 0; i < 6; ++i)
-        printf("%d ", difference[i]);
-    printf("\n%s: %s\n", noxStatusName(status), noxStatusText(status));
+        printf(i < 5 ? "%d " : "%d\n", difference[i]);
+    printf("%s: %s\n", noxStatusName(status), noxStatusText(status));
     return status == noxStsNoError ? 0 : 1;
 }

@@ -23,6 +23,10 @@ NOX_BEGIN_DECLS
  * @name Sum
  * srcDst += src. Under a mask byte of zero an integer pixel counts as 0; a Nox32f pixel is multiplied by 0, so that an
  * infinity or a not-a-number there gives a not-a-number.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep for each image in argument order,
+ * noxStsOddStep for the steps of Nox32f images. A 16u source's noxStsOddStep comes straight after its own
+ * noxStsBadStep.
  * @{
  */
 /** srcDst += src: 8-bit unsigned to single precision, one channel. */
@@ -49,6 +53,10 @@ NOX_API NoxStatus noxiAdd_32f_C1IMR(const Nox32f *src, int srcStep, const Nox8u 
  * @name Sum of squares
  * srcDst += src * src, the square rounded to single precision. Under a mask byte of zero an integer square counts as 0;
  * a Nox32f square is multiplied by 0, so that one that is not finite gives a not-a-number.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep for each image in argument order,
+ * noxStsOddStep for the steps of Nox32f images. A 16u source's noxStsOddStep comes straight after its own
+ * noxStsBadStep.
  * @{
  */
 /** srcDst += src * src: 8-bit unsigned to single precision, one channel. */
@@ -78,6 +86,10 @@ NOX_API NoxStatus noxiAddSquare_32f_C1IMR(const Nox32f *src, int srcStep, const 
  * @name Sum of products
  * srcDst += src1 * src2, the product rounded to single precision. Under a mask byte of zero an integer product counts
  * as 0; a Nox32f product is multiplied by 0, so that one that is not finite gives a not-a-number.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep for each image in argument order,
+ * noxStsOddStep for the steps of Nox32f images. A 16u source's noxStsOddStep comes straight after its own
+ * noxStsBadStep.
  * @{
  */
 /** srcDst += src1 * src2: 8-bit unsigned to single precision, one channel. */
@@ -114,6 +126,10 @@ NOX_API NoxStatus noxiAddProduct_32f_C1IMR(const Nox32f *src1, int src1Step, con
  * @name Running average
  * srcDst += (src - srcDst) * alpha. Under a mask byte of zero alpha is 0, for all types: a difference that is not
  * finite gives a not-a-number there too.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep for each image in argument order,
+ * noxStsOddStep for the steps of Nox32f images. A 16u source's noxStsOddStep comes straight after its own
+ * noxStsBadStep.
  * @{
  */
 /** srcDst += (src - srcDst) * alpha: 8-bit unsigned to single precision, one channel. */

@@ -392,7 +392,10 @@ NOX_API NoxStatus noxiFilterScharrVertBorder_32f_C1R(const Nox32f *src, int srcS
  * @name Low-pass filters: the mean of the 3x3 or 5x5 neighbourhood
  * 8u: with s the sum, 3x3 gives (7280 s + 36400) >> 16 and 5x5 gives 2621 s >> 16; a flat image of 255 thus gives 254
  * at 5x5. 32f: the row sums rounded to single; then their sum times 0.11111111F or 0.04F in extended precision, rounded
- * once. Border, status and threads as in the Sobel filters (no divisor).
+ * once. Border and threads as in the Sobel filters (no divisor).
+ *
+ * Status: noxStsNullPointer (src, dst, buffer), noxStsBadSize, noxStsBadStep, noxStsOddStep (32f images),
+ * noxStsBadArgument (borderType), noxStsBadMaskSize, in this order.
  * @{
  */
 /** Mean of the window: 8-bit unsigned. */

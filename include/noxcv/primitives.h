@@ -213,9 +213,12 @@ NOX_API NoxStatus noxiCopyConstBorder_8u_C1R(const Nox8u *src, int srcStep, Noxi
 
 /**
  * @name Copy with replicated border
- * Copies a region into a larger one; each pixel of the border is the nearest pixel of the source. Placement, checks
- * and statuses are those of noxiCopyConstBorder_8u_C1R. One, three or four interleaved channels. The 32s forms move
+ * Copies a region into a larger one; each pixel of the border is the nearest pixel of the source. Placement and
+ * checks are those of noxiCopyConstBorder_8u_C1R. One, three or four interleaved channels. The 32s forms move
  * bit patterns, so they serve Nox32f images too; their steps may be any positive numbers of bytes.
+ *
+ * Status: noxStsNullPointer; noxStsBadStep when a step is below 1; noxStsBadSize when a width or height is below 1,
+ * when topBorderHeight or leftBorderWidth is negative, or when the source does not fit at its place; in this order.
  * @{
  */
 /** Nearest edge pixel around a copy: 8-bit unsigned, one channel. */
