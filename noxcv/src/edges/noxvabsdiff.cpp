@@ -13,8 +13,8 @@ namespace {
 template <class T>
 NOX_INLINE void absDiffRows(Rows<const T> src1, Rows<const T> src2, Rows<T> dst, int width, int height) {
     for (int y = 0; y < height; ++y) {
-        const T *a = src1[y], *b = src2[y];
-        T *d = dst[y];
+        const Element<T> *a = src1[y], *b = src2[y];
+        Element<T> *d = dst[y];
         for (int x = 0; x < width; ++x)
             d[x] = absoluteDifference(a[x], b[x]);
     }
@@ -23,8 +23,8 @@ NOX_INLINE void absDiffRows(Rows<const T> src1, Rows<const T> src2, Rows<T> dst,
 template <class T>
 NOX_INLINE void absDiffConstantRows(Rows<const T> src, Rows<T> dst, int width, int height, T value) {
     for (int y = 0; y < height; ++y) {
-        const T *a = src[y];
-        T *d = dst[y];
+        const Element<T> *a = src[y];
+        Element<T> *d = dst[y];
         for (int x = 0; x < width; ++x)
             d[x] = absoluteDifference(a[x], value);
     }

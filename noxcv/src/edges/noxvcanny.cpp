@@ -34,7 +34,8 @@ using Magnitude = std::conditional_t<std::is_same_v<T, Nox16s>, Nox32s, Nox32f>;
 
 /// The L1 magnitudes of a row; those that are not above the lower threshold are 0.
 template <class T>
-NOX_INLINE void magnitudeRow(const T *dx, const T *dy, Magnitude<T> *magnitude, int width, Magnitude<T> low) {
+NOX_INLINE void magnitudeRow(const Element<T> *dx, const Element<T> *dy, Magnitude<T> *magnitude, int width,
+                             Magnitude<T> low) {
     for (int x = 0; x < width; ++x) {
         const Magnitude<T> sum = absolute<Magnitude<T>>(dx[x]) + absolute<Magnitude<T>>(dy[x]);
         magnitude[x] = sum > low ? sum : Magnitude<T>(0);
@@ -63,8 +64,8 @@ constexpr int runLength = 64;
 /// it along the gradient and above the one after it, or equal to that in the two axial directions. The codes are formed
 /// as wide as the magnitudes and narrowed in a loop of their own: few registers hold one vector of everything.
 template <class Product, class T, class M>
-NOX_INLINE void thinRun(const T *dx, const T *dy, const M *above, const M *row, const M *below, Nox8u *map, int count,
-                        Nox32f high) {
+NOX_INLINE void thinRun(const Element<T> *dx, const Element<T> *dy, const M *above, const M *row, const M *below,
+                        Nox8u *map, int count, Nox32f high) {
     Nox32s codes[runLength];
     for (int x = 0; x < count; ++x) {
         const Nox32f ax = absolute<Nox32f>(dx[x]), ay = absolute<Nox32f>(dy[x]);
@@ -87,10 +88,10 @@ NOX_INLINE void thinRun(const T *dx, const T *dy, const M *above, const M *row, 
 }
 
 NOX_TIERS void magnitudes(const Nox16s *dx, const Nox16s *dy, Nox32s *row, int width, Nox32s low) {
-    magnitudeRow(dx, dy, row, width, low);
+    magnitudeRow<Nox16s>(dx, dy, row, width, low);
 }
 NOX_TIERS void magnitudes(const Nox32f *dx, const Nox32f *dy, Nox32f *row, int width, Nox32f low) {
-    magnitudeRow(dx, dy, row, width, low);
+    magnitudeRow<Nox32f>(dx, dy, row, width, low);
 }
 
 /// All bits of the magnitudes of a run: they are not negative, so 0 tells that none is above the lower threshold, and
@@ -112,11 +113,11 @@ NOX_INLINE void thinRowRuns(const T *dx, const T *dy, const M *above, const M *r
         if (bits == 0)
             std::memset(map + x, 0, runLength);
         else if (std::is_integral_v<M> && bits <= NarrowProduct::limit)
-            thinRun<NarrowProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
+            thinRun<NarrowProduct, T>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
         else
-            thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
+            thinRun<ExactProduct, T>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
     }
-    thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, width - x, high);
+    thinRun<ExactProduct, T>(dx + x, dy + x, above + x, row + x, below + x, map + x, width - x, high);
 }
 NOX_TIERS void thinRow(const Nox16s *dx, const Nox16s *dy, const Nox32s *above, const Nox32s *row, const Nox32s *below,
                        Nox8u *map, int width, Nox32f high) {
@@ -130,7 +131,7 @@ NOX_TIERS void thinRow(const Nox32f *dx, const Nox32f *dy, const Nox32f *above, 
 /// The stack of (row, column) pairs.
 template <class Entry>
 struct Stack {
-    Entry *top;
+    Element<Entry> *top;
 
     void push(int y, int x) {
         top[0] = static_cast<Entry>(y);
@@ -189,7 +190,7 @@ struct Workspace {
 /// Pops the last pair and pushes its unmarked candidate neighbours, until the stack is empty. The map's border of zero
 /// keeps the walk inside the image.
 template <class Entry>
-void grow(const Nox8u *map, Entry *stack, int count, int width, Nox8u *dst, int dstStep) {
+void grow(const Nox8u *map, Element<Entry> *stack, int count, int width, Nox8u *dst, int dstStep) {
     const Rows<Nox8u> edges{dst, dstStep};
     const std::ptrdiff_t pitch = width + 2;
     Stack<Entry> pending{stack + std::ptrdiff_t(count) * 2};
@@ -269,12 +270,12 @@ NoxStatus canny(const T *srcDx, int srcDxStep, const T *srcDy, int srcDyStep, No
 
 void ownHysteresisThresholding_16u(const Nox8u *map, Nox16u *stack, int count, int width, int /*height*/, Nox8u *dst,
                                    int dstStep) {
-    grow(map, stack, count, width, dst, dstStep);
+    grow<Nox16u>(map, stack, count, width, dst, dstStep);
 }
 
 void ownHysteresisThresholding_32s(const Nox8u *map, Nox32s *stack, int count, int width, int /*height*/, Nox8u *dst,
                                    int dstStep) {
-    grow(map, stack, count, width, dst, dstStep);
+    grow<Nox32s>(map, stack, count, width, dst, dstStep);
 }
 
 NoxStatus noxiCanny_16s8u_C1R(const Nox16s *srcDx, int srcDxStep, const Nox16s *srcDy, int srcDyStep, Nox8u *dst,

@@ -62,8 +62,8 @@ private:
 template <class Fold, class T>
 NOX_TIERS void foldRows(Rows<const T> src, Rows<T> dst, NoxiSize roi) {
     for (int y = 0; y < roi.height; ++y) {
-        const T *s = src[y];
-        T *d = dst[y];
+        const Element<T> *s = src[y];
+        Element<T> *d = dst[y];
         for (int x = 0; x < roi.width; ++x)
             d[x] = Fold()(s[3 * x], s[3 * x + 1], s[3 * x + 2]);
     }

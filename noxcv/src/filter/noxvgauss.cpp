@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "checks.h"
 #include "noxcv/filter.h"
@@ -20,17 +21,22 @@ using namespace nox;
 
 namespace {
 
+void repeat(Nox32f value, Element<Nox32f> *dst, int count) {
+    for (int x = 0; x < count; ++x)
+        dst[x] = value;
+}
+
 /// One row, with the edge pixels repeated in scratch.
 void filterRow(const Nox32f *src, Nox32f *dst, int width, const Nox32f *taps, int tapCount, Nox32f *scratch) {
     const int reach = tapCount / 2;
-    std::fill_n(scratch, reach, src[0]);
-    std::copy_n(src, width, scratch + reach);
-    std::fill_n(scratch + reach + width, reach, src[width - 1]);
+    repeat(elements(src)[0], scratch, reach);
+    std::memcpy(scratch + reach, src, sizeof(Nox32f) * static_cast<std::size_t>(width));
+    repeat(elements(src)[width - 1], scratch + reach + width, reach);
     sumTaps(RowWindow<Nox32f>{scratch, 1}, taps, tapCount, dst, width);
 }
 
 /// exp(-d^2 / (2 sigma^2)) over the sum of such values, of one more than there are taps.
-void gaussTaps(Nox32f *taps, int tapCount, Nox32f sigma) {
+void gaussTaps(Element<Nox32f> *taps, int tapCount, Nox32f sigma) {
     const int reach = tapCount / 2;
     Nox32f sum = 0;
     for (int i = 0; i <= tapCount; ++i) {
@@ -118,7 +124,7 @@ void ownColConvolution(Nox32f *dst, int dstStep, int width, int height, const No
     const int reach = K / 2;
     for (int x = 0; x < width; ++x) {
         for (int i = 0; i < height + K - 1; ++i)
-            scratch[i] = rows[clampedRow(i - reach, height)][x];
+            elements(scratch)[i] = rows[clampedRow(i - reach, height)][x];
         for (int y = 0; y < height; y += blockLength) {
             Nox32f sums[blockLength];
             const int length = std::min(blockLength, height - y);

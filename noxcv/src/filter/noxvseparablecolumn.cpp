@@ -1,6 +1,4 @@
 // Column filters from rows given by their pointers: the second stage of a separable filter.
-#include <algorithm>
-
 #include "checks.h"
 #include "noxcv/filter.h"
 #include "noxvseparablesize.h"
@@ -22,7 +20,7 @@ void filterColumns(const Rule &rule, const T *const *rows, Rows<typename Rule::O
 Spread spreadOfRows(const Nox32f *const *rows, int width, int count) {
     Spread all;
     for (int y = 0; y < count; ++y)
-        all = join(all, spreadOf(rows[y], width));
+        all = join(all, spreadOf(elements(rows)[y], width));
     return all;
 }
 
@@ -46,7 +44,7 @@ public:
     }
 
 private:
-    void push(int y) { spreads_[y % kernelSize_] = spreadOf(rows_[y], width_); }
+    void push(int y) { spreads_[y % kernelSize_] = spreadOf(elements(rows_)[y], width_); }
 
     const Nox32f *const *rows_;
     int width_, kernelSize_;
@@ -83,7 +81,10 @@ NoxStatus runColumns(const Rule &rule, const T *const *rows, typename Rule::Outp
 template <class T>
 NoxStatus checkRowPointers(const T *const *rows, NoxiSize roi, int kernelSize) {
     const long long count = static_cast<long long>(roi.height) + kernelSize - 1;
-    return require(std::find(rows, rows + count, nullptr) == rows + count, noxStsNullPointer);
+    for (long long y = 0; y < count; ++y)
+        if (elements(rows)[y] == nullptr)
+            return noxStsNullPointer;
+    return noxStsNoError;
 }
 
 template <class T, class Out, class Tap>

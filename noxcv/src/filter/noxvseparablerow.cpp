@@ -2,8 +2,8 @@
 //
 // Outputs whose taps reach past an end of the row read a strip: copies of the pixels around that end, extended by the
 // border rule. All others read the row in place.
-#include <algorithm>
 #include <atomic>
+#include <cstring>
 
 #include "borders.h"
 #include "checks.h"
@@ -32,7 +32,7 @@ void fillStrip(const RowCall<T> &call, const T *row, int first, int count, T *st
         const bool constant = call.borderType == noxBorderConstant && (x < 0 || x >= call.roi.width);
         const T *pixel = constant ? call.borderValue
                                   : row + std::ptrdiff_t{Channels} * borderIndex(x, call.roi.width, call.borderType);
-        std::copy_n(pixel, Channels, strip + std::ptrdiff_t{Channels} * i);
+        std::memcpy(strip + std::ptrdiff_t{Channels} * i, pixel, Channels * sizeof(T));
     }
 }
 
@@ -55,7 +55,7 @@ NoxStatus filterRows(const RowCall<T> &call, const Rule &rule, typename Rule::Ou
     const int width = call.roi.width, inner = width - call.kernelSize + 1, left = call.xAnchor, right = left + inner;
     for (int y = first; y < first + count; ++y) {
         const T *row = call.src[y];
-        typename Rule::Output *dst = rows[y];
+        typename Rule::Output *dst = elements(rows)[y];
         if (dst == nullptr)
             return noxStsNullPointer;
         if (inner > 0) {
@@ -119,7 +119,7 @@ NoxStatus runMember<FoldedMember, 1>(const RowCall<Nox16s> &call, Nox16s *const 
     auto *taps = reinterpret_cast<Nox32f *>(alignUp(buffer, sizeof(Nox32f)));
     const long double reciprocal = 1.0L / static_cast<long double>(divisor);
     for (int j = 0; j < call.kernelSize; ++j)
-        taps[j] = static_cast<Nox32f>(static_cast<long double>(kernel[j]) * reciprocal);
+        taps[j] = static_cast<Nox32f>(static_cast<long double>(elements(kernel)[j]) * reciprocal);
     return runRows<1>(call, TruncatedRule(taps, call.kernelSize), rows, buffer, scratch, parallel);
 }
 

@@ -149,7 +149,7 @@ public:
 
     void run() const {
         noxsSet_8u(static_cast<Nox8u>(maxLevel_ + 1), reinterpret_cast<Nox8u *>(call_.status), numPoints_);
-        std::fill_n(call_.error, numPoints_, 0.0F);
+        noxsSet_32f(0.0F, call_.error, numPoints_);
         std::memset(state_.buffer, 0, static_cast<std::size_t>(sliceBytes<Cell>(call_.winSize)) * slices_);
         for (int level = maxLevel_; level >= coarsest_; --level)
             runCoarse(level);

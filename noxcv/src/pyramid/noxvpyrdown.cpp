@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <type_traits>
 
 #include "borders.h"
@@ -228,20 +229,20 @@ NOX_TIERS void resampleRow(const P *plane, int width, P *out, int outWidth, Nox3
 template <class T, class P>
 NOX_TIERS void resampleColumn(const P *first, const P *second, Nox32f fraction, T *dst, int count) {
     for (int i = 0; i < count; ++i)
-        dst[i] = finish<T>(between(first[i], second[i], fraction));
+        elements(dst)[i] = finish<T>(between(first[i], second[i], fraction));
 }
 
 template <class T, class P>
 NOX_TIERS void storeRow(const P *row, T *dst, int count) {
     for (int i = 0; i < count; ++i)
-        dst[i] = finish<T>(row[i]);
+        elements(dst)[i] = finish<T>(row[i]);
 }
 
 template <int Channels, class T, class P>
 NOX_TIERS void storeEverySecond(const P *plane, T *dst, int pixels) {
     for (int x = 0; x < pixels; ++x)
         for (int c = 0; c < Channels; ++c)
-            dst[x * Channels + c] = finish<T>(plane[2 * x * Channels + c]);
+            elements(dst)[x * Channels + c] = finish<T>(plane[2 * x * Channels + c]);
 }
 
 // ---- one call
@@ -317,7 +318,7 @@ private:
 
     void pad(const T *row) {
         const int half = size_ / 2;
-        std::copy_n(row, count_, padded_ + half * Channels);
+        std::memcpy(padded_ + half * Channels, row, sizeof(T) * static_cast<std::size_t>(count_));
         for (int x = 1; x <= half; ++x) {
             copyPixel(row, -x);
             copyPixel(row, roi_.width - 1 + x);
@@ -325,7 +326,7 @@ private:
     }
     void copyPixel(const T *row, int x) {
         const T *from = row + borderIndex(x, roi_.width, noxBorderMirror) * Channels;
-        std::copy_n(from, Channels, padded_ + static_cast<std::ptrdiff_t>(x + size_ / 2) * Channels);
+        std::memcpy(padded_ + static_cast<std::ptrdiff_t>(x + size_ / 2) * Channels, from, sizeof(T) * Channels);
     }
 
     Rows<const T> src_;

@@ -247,10 +247,10 @@ void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
 
 // ---- floats
 
-using Four [[gnu::vector_size(16), gnu::aligned(4), gnu::may_alias]] = Nox32f;
+using Four [[gnu::vector_size(16), gnu::aligned(1), gnu::may_alias]] = Nox32f;
 
-NOX_INLINE Four load(const Nox32f *p) { return *reinterpret_cast<const Four *>(p); }
-NOX_INLINE void store(Nox32f *p, Four value) { *reinterpret_cast<Four *>(p) = value; }
+NOX_INLINE Four load(const Element<Nox32f> *p) { return *reinterpret_cast<const Four *>(p); }
+NOX_INLINE void store(Element<Nox32f> *p, Four value) { *reinterpret_cast<Four *>(p) = value; }
 
 constexpr Nox32f downScale = 0.00390625F, upScale = 0.015625F;
 
@@ -284,7 +284,7 @@ NOX_INLINE int innerEnd(int width) { return (width - 1) / 2; }
 
 /// Inner pixels of one channel. The samples are first parted into even and odd ones (`parted` has room for a row), so
 /// that the filter reads in sequence.
-NOX_TIERS void filterInner1(const Nox32f *src, Nox32f *row, Nox32f *parted, int width) {
+NOX_TIERS void filterInner1(const Element<Nox32f> *src, Nox32f *row, Nox32f *parted, int width) {
     const int half = width / 2, end = innerEnd(width);
     if (end <= 1)
         return; // narrow images leave no room for the parted row, and have no inner pixels
@@ -301,15 +301,15 @@ NOX_TIERS void filterInner1(const Nox32f *src, Nox32f *row, Nox32f *parted, int 
 
 /// Inner pixels of three channels. Four lanes carry three channels; the next pixel overwrites the fourth. The last
 /// inner pixel goes by single values: its loads could reach one value behind the row.
-NOX_TIERS void filterInner3(const Nox32f *src, Nox32f *row, int width) {
+NOX_TIERS void filterInner3(const Element<Nox32f> *src, Nox32f *row, int width) {
     const int end = innerEnd(width);
     for (int x = 1; x < end - 1; ++x) {
-        const Nox32f *s = src + 6 * x;
+        const Element<Nox32f> *s = src + 6 * x;
         store(row + 3 * x, filterInside(load(s - 6), load(s - 3), load(s), load(s + 3), load(s + 6)));
     }
     for (int x = std::max(end - 1, 1); x < end; ++x)
         for (int c = 0; c < 3; ++c) {
-            const Nox32f *s = src + 6 * x + c;
+            const Element<Nox32f> *s = src + 6 * x + c;
             row[3 * x + c] = filterInside(s[-6], s[-3], s[0], s[3], s[6]);
         }
 }
@@ -330,7 +330,7 @@ void filterRow(const Nox32f *src, Nox32f *row, Nox32f *parted, int width) {
         endPixel(x);
 }
 
-NOX_TIERS void combineDown(const Nox32f *const rows[5], Nox32f *dst, int count) {
+NOX_TIERS void combineDown(const Nox32f *const rows[5], Element<Nox32f> *dst, int count) {
     const Nox32f *a = rows[0], *b = rows[1], *c = rows[2], *d = rows[3], *e = rows[4];
     for (int i = 0; i < count; ++i)
         dst[i] = (6.0F * c[i] + 4.0F * (b[i] + d[i]) + a[i] + e[i]) * downScale;
@@ -338,7 +338,7 @@ NOX_TIERS void combineDown(const Nox32f *const rows[5], Nox32f *dst, int count) 
 
 /// One or two rows: half the sum of the two filtered rows, the same row twice where there is one.
 template <int Channels>
-void ownPyrDownG5x5_H2_32f(Rows<const Nox32f> src, Nox32f *dst, NoxiSize roi) {
+void ownPyrDownG5x5_H2_32f(Rows<const Nox32f> src, Element<Nox32f> *dst, NoxiSize roi) {
     const Nox32f *first = src[0], *second = src[roi.height - 1];
     constexpr std::ptrdiff_t pixelBytes = Channels * sizeof(Nox32f);
     for (int x = 0; x < (roi.width + 1) / 2; ++x)
@@ -384,7 +384,7 @@ struct Places {
 };
 
 template <int Channels>
-NOX_TIERS void spreadRow(const Nox32f *src, Places row, int width) {
+NOX_TIERS void spreadRow(const Element<Nox32f> *src, Places row, int width) {
     const int last = (width - 1) * Channels;
     for (int c = 0; c < Channels; ++c) {
         const auto s = [ src, c ](int x) __attribute__((always_inline)) { return src[x * Channels + c]; };
@@ -420,8 +420,8 @@ NOX_INLINE Value secondUp(Value here, Value below) {
 
 /// The two destination rows of a source row, of one plane; pixels of the plane go to every other pixel.
 template <int Channels>
-NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f *below, Nox32f *first, Nox32f *second,
-                           int begin, int end) {
+NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f *below, Element<Nox32f> *first,
+                           Element<Nox32f> *second, int begin, int end) {
     for (int x = begin; x < end; ++x)
         for (int c = 0; c < Channels; ++c) {
             const int i = x * Channels + c, to = 2 * x * Channels + c;
@@ -431,13 +431,13 @@ NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f
 }
 
 template <int Channels>
-NOX_TIERS void storeUp(const ThreeRows &rows, Nox32f *first, Nox32f *second, int width) {
+NOX_TIERS void storeUp(const ThreeRows &rows, Element<Nox32f> *first, Element<Nox32f> *second, int width) {
     const Places above = rows.above, here = rows.here, below = rows.below;
     if (rows.single) {
         // One row: both destination rows are the filtered row itself.
         for (int x = 0; x < width; ++x)
             for (int c = 0; c < Channels; ++c) {
-                Nox32f *to = first + 2 * x * Channels + c;
+                Element<Nox32f> *to = first + 2 * x * Channels + c;
                 to[0] = 8.0F * here.even[x * Channels + c] * upScale;
                 to[Channels] = 8.0F * here.odd[x * Channels + c] * upScale;
             }

@@ -22,14 +22,15 @@ static_assert(widerRecord >= 0);
 template <class Tap, class Sum>
 Sum kernelSum(const Tap *kernel, int size, bool &symmetric) {
     const int centre = size / 2;
+    const Element<Tap> *taps = kernel;
     Sum half = 0;
     symmetric = true;
     for (int i = 0; i < centre; ++i) {
-        half += kernel[i];
-        const Sum difference = static_cast<Sum>(kernel[i]) - static_cast<Sum>(kernel[size - 1 - i]);
+        half += taps[i];
+        const Sum difference = static_cast<Sum>(taps[i]) - static_cast<Sum>(taps[size - 1 - i]);
         symmetric &= std::abs(difference) <= static_cast<Sum>(FLT_MIN);
     }
-    return static_cast<Sum>(kernel[centre]) + 2 * half;
+    return static_cast<Sum>(taps[centre]) + 2 * half;
 }
 
 /// Taps that sum to zero are copied as they are, in a layout of their own: the mirrored tap goes one place further to
@@ -38,7 +39,7 @@ template <class Tap>
 void copyRawTaps(const Tap *kernel, int size, Tap *out, Tap centreTap) {
     const int centre = size / 2;
     for (int i = 0; i < centre; ++i)
-        out[i] = out[size - i] = kernel[i];
+        out[i] = out[size - i] = elements(kernel)[i];
     out[centre] = centreTap;
 }
 
@@ -46,7 +47,7 @@ void copyRawTaps(const Tap *kernel, int size, Tap *out, Tap centreTap) {
 void normaliseDown(const Nox16s *kernel, int size, long long sum, Nox16s *out) {
     const int centre = size / 2;
     for (int i = 0; i <= centre; ++i) {
-        const long long quotient = kernel[i] * 16384LL / sum;
+        const long long quotient = elements(kernel)[i] * 16384LL / sum;
         out[i] = out[size - 1 - i] = static_cast<Nox16s>(quotient >> 1);
     }
 }
@@ -55,7 +56,7 @@ void normaliseDown(const Nox16s *kernel, int size, long long sum, Nox16s *out) {
 void normaliseUp(const Nox16s *kernel, int size, Nox32f sum, Nox16s *out) {
     const int centre = size / 2;
     for (int i = 0; i <= centre; ++i) {
-        const int tap = truncateToInt(4.0F * static_cast<Nox32f>(kernel[i]) / sum * 8192.0F + 0.5F);
+        const int tap = truncateToInt(4.0F * static_cast<Nox32f>(elements(kernel)[i]) / sum * 8192.0F + 0.5F);
         out[i] = out[size - 1 - i] = static_cast<Nox16s>(wrap<Nox16s>(tap) >> 1);
     }
 }
@@ -66,7 +67,7 @@ bool normaliseFloat(const Nox32f *kernel, int size, Nox32f *out) {
     const auto sum = kernelSum<Nox32f, Nox32f>(kernel, size, symmetric);
     if (std::fabs(sum) > FLT_MIN) {
         for (int i = 0; i <= centre; ++i)
-            out[i] = out[size - 1 - i] = kernel[i] / sum;
+            out[i] = out[size - 1 - i] = elements(kernel)[i] / sum;
     } else {
         // The centre of such a kernel is the value of its byte number `centre`.
         copyRawTaps(kernel, size, out, static_cast<Nox32f>(reinterpret_cast<const Nox8u *>(kernel)[centre]));
@@ -79,7 +80,7 @@ bool normaliseInteger(const Nox16s *kernel, int size, bool down, Nox16s *out) {
     const auto sum = kernelSum<Nox16s, long long>(kernel, size, symmetric);
     const Nox32f upSum = static_cast<Nox32f>(4 * sum) * 0.5F;
     if (sum == 0)
-        copyRawTaps(kernel, size, out, kernel[size / 2]);
+        copyRawTaps(kernel, size, out, Nox16s{elements(kernel)[size / 2]});
     else if (down)
         normaliseDown(kernel, size, sum, out);
     else

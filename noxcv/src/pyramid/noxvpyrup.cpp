@@ -271,7 +271,7 @@ NOX_TIERS void addWhole(typename A::Column *sums, const typename A::Row *row, ty
 template <class A, int Channels>
 NOX_TIERS void storeColumns(const typename A::Column *sums, Nox32f weight, typename A::Pixel *dst, int columns) {
     for (int x = 0; x < columns; ++x)
-        dst[x * Channels] = A::finish(sums[x], weight);
+        elements(dst)[x * Channels] = A::finish(sums[x], weight);
 }
 
 template <class T, int Channels>

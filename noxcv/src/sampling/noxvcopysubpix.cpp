@@ -36,7 +36,7 @@ void shiftImage(Rows<const S> src, Rows<D> dst, NoxiSize roi, float fx, float fy
 
 /// The first pixel of a row has no column before it.
 template <class S>
-NOX_INLINE float firstOfRow(const S *p, const S *q, const FloatShift &shift) {
+NOX_INLINE float firstOfRow(const Element<S> *p, const Element<S> *q, const FloatShift &shift) {
     return asFloat(p[0]) * shift.w00 + asFloat(q[0]) * shift.w01 + shift.share(asFloat(p[1]), asFloat(q[1]));
 }
 
@@ -44,7 +44,7 @@ NOX_INLINE float firstOfRow(const S *p, const S *q, const FloatShift &shift) {
 template <class S>
 void shiftNarrow(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, const FloatShift &shift) {
     for (int y = 0; y < roi.height; ++y) {
-        const S *p = src[y], *q = src[y + 1];
+        const Element<S> *p = src[y], *q = src[y + 1];
         const auto share = [&](int column) { return shift.share(asFloat(p[column]), asFloat(q[column])); };
         for (int x = 1; x < roi.width; ++x)
             dst[y][x] = share(x) * shift.ratio + share(x + 1);
@@ -59,7 +59,7 @@ void shiftImage(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, float fx, flo
     else
         NOX_ON_TIER_FOR(roi.width * 4, shiftFloat(src, dst, roi, shift));
     for (int y = 0; y < roi.height; ++y)
-        dst[y][0] = firstOfRow(src[y], src[y + 1], shift);
+        dst[y][0] = firstOfRow<S>(src[y], src[y + 1], shift);
 }
 
 template <class S, class D>

@@ -133,10 +133,14 @@ NOX_TIERS void createMaps(Rows<float> xMap, Rows<float> yMap, NoxiSize roi, cons
         model.setColumns(columns, left, width);
         for (int y = 0; y < roi.height; ++y) {
             const auto row = model.row(y);
-            float *xs = xMap[y] + left, *ys = yMap[y] + left;
+            Element<float> *xs = xMap[y] + left, *ys = yMap[y] + left;
 #pragma GCC ivdep
-            for (int i = 0; i < width; ++i)
-                row.place(columns, left, i, xs[i], ys[i]);
+            for (int i = 0; i < width; ++i) {
+                float x, yPlace;
+                row.place(columns, left, i, x, yPlace);
+                xs[i] = x;
+                ys[i] = yPlace;
+            }
         }
     });
 }
@@ -218,8 +222,8 @@ struct Pair<float> {
 };
 
 template <class T>
-NOX_INLINE void writeRun(std::integral_constant<int, 1>, Rows<const T> src, T *__restrict dst, const Places &places,
-                         int n) {
+NOX_INLINE void writeRun(std::integral_constant<int, 1>, Rows<const T> src, Element<T> *__restrict dst,
+                         const Places &places, int n) {
     Pair<T> upper, lower;
     for (int i = 0; i < n; ++i) {
         const T *pixels = neighbour<1>(src, places, i);
@@ -267,7 +271,7 @@ NOX_INLINE void loadPixels(const Nox8u *p, __m128 &first, __m128 &second) {
 /// Writes three lanes, integers with rounding.
 NOX_INLINE void storePixel(float *d, __m128 sum) {
     _mm_storel_pi(reinterpret_cast<__m64 *>(d), sum);
-    _mm_store_ss(d + 2, _mm_movehl_ps(sum, sum));
+    *elements(d + 2) = _mm_cvtss_f32(_mm_movehl_ps(sum, sum));
 }
 NOX_INLINE __m128i rounded(__m128 sum) { return _mm_cvttps_epi32(_mm_add_ps(sum, _mm_set1_ps(0.5F))); }
 NOX_INLINE void storePixel(Nox16u *d, __m128 sum) {
@@ -275,7 +279,7 @@ NOX_INLINE void storePixel(Nox16u *d, __m128 sum) {
     const __m128i words = _mm_packs_epi32(values, values);
     const int head = _mm_cvtsi128_si32(words);
     std::memcpy(d, &head, sizeof(head));
-    d[2] = static_cast<Nox16u>(_mm_extract_epi16(words, 2));
+    elements(d)[2] = static_cast<Nox16u>(_mm_extract_epi16(words, 2));
 }
 NOX_INLINE void storePixel(Nox8u *d, __m128 sum) {
     const __m128i words = _mm_packs_epi32(rounded(sum), _mm_setzero_si128());
