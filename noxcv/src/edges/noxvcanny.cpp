@@ -9,11 +9,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
 
 #include "checks.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/edges.h"
 #include "numerics.h"
 #include "rows.h"
@@ -201,10 +203,10 @@ void grow(const Nox8u *map, Element<Entry> *stack, int count, int width, Nox8u *
             const Nox8u *near = map + (ny + 1) * pitch + x;
             if ((near[0] | near[1] | near[2]) < candidate)
                 continue;
-            Nox8u *edgeRow = edges[ny] + x - 1;
+            Nox8u *edgeRow = edges[ny];
             for (int i = 0; i < 3; ++i)
-                if (near[i] >= candidate && edgeRow[i] == 0) {
-                    edgeRow[i] = edge;
+                if (near[i] >= candidate && edgeRow[x - 1 + i] == 0) {
+                    edgeRow[x - 1 + i] = edge;
                     pending.push(ny, x - 1 + i);
                 }
         }
@@ -240,6 +242,18 @@ void detect(Rows<const T> dx, Rows<const T> dy, Nox8u *dst, int dstStep, NoxiSiz
     hysteresis(work.map, bottom, static_cast<int>((stack.top - bottom) / 2), roi, dst, dstStep);
 }
 
+bool isWide(NoxiSize roi) { return roi.width >= wideSide || roi.height >= wideSide; }
+
+/// Bytes of the buffer, modulo 2^64.
+std::uint64_t bufferBytes(NoxiSize roi) {
+    const std::uint64_t w = roi.width, h = roi.height, base = (4 * w + 24) * 4 + 64;
+    return isWide(roi) ? 9 * (h + 2) * (w + 2) + base : (5 * h + 10) * (w + 2) + base;
+}
+
+NoxStatus checkBuffer(NoxiSize roi) {
+    return area(roi) > INT_MAX ? noxStsBadSize : checkBufferBytes(static_cast<long long>(bufferBytes(roi)));
+}
+
 /// The lower threshold in the magnitude's type: truncated for integers, whose sums are at most 65536.
 template <class M>
 M lowerThreshold(Nox32f low) {
@@ -256,11 +270,10 @@ NoxStatus canny(const T *srcDx, int srcDxStep, const T *srcDy, int srcDyStep, No
         firstFailure(checkPointers(srcDx, srcDy, dst, buffer), checkSize(roi), checkStep<T>(srcDxStep, roi.width),
                      checkStep<T>(srcDyStep, roi.width), checkStep<Nox8u>(dstStep, roi.width),
                      checkEvenSteps<T>(srcDxStep, srcDyStep),
-                     require(lowThreshold >= 0 && highThreshold >= lowThreshold, noxStsBadArgument));
+                     require(lowThreshold >= 0 && highThreshold >= lowThreshold, noxStsBadArgument), checkBuffer(roi));
     if (status != noxStsNoError)
         return status;
-    const bool wide = roi.width >= wideSide || roi.height >= wideSide;
-    const auto run = wide ? detect<T, Nox32s> : detect<T, Nox16u>;
+    const auto run = isWide(roi) ? detect<T, Nox32s> : detect<T, Nox16u>;
     run({srcDx, srcDxStep}, {srcDy, srcDyStep}, dst, dstStep, roi, lowerThreshold<Magnitude<T>>(lowThreshold),
         highThreshold, buffer);
     return noxStsNoError;
@@ -292,10 +305,7 @@ NoxStatus noxiCannyGetSize(NoxiSize roi, int *bufferSize) {
     const NoxStatus status = firstFailure(checkPointers(bufferSize), checkSize(roi));
     if (status != noxStsNoError)
         return status;
-    // In 32-bit arithmetic without an overflow check: an image that large has no buffer anyway.
-    const unsigned w = roi.width, h = roi.height, base = (4 * w + 24) * 4 + 64;
-    const bool narrow = w + 2 < 65535 && h + 2 < 65535;
-    const unsigned size = narrow ? (5 * h + 10) * (w + 2) + base : 9 * (h + 2) * w + 18 * (h + 2) + base;
-    *bufferSize = static_cast<int>(size);
+    // The low 32 bits, without an overflow check: the detector itself refuses an image that large.
+    *bufferSize = static_cast<int>(static_cast<Nox32u>(bufferBytes(roi)));
     return noxStsNoError;
 }

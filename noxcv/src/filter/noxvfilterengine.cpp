@@ -112,7 +112,7 @@ void convolve(Rows<const Pixel> src, Rows<Out> dst, NoxiSize size, const FixedFi
         ring.push(y);
     for (int y = slice.first; y < slice.first + slice.count; ++y) {
         ring.push(y + reach);
-        column(ring.window(), ring.about(), dst[y]);
+        column(ring.window(), ring.about(), dst[y - slice.first]);
     }
 }
 

@@ -1,4 +1,6 @@
 // Column filters from rows given by their pointers: the second stage of a separable filter.
+#include <climits>
+
 #include "checks.h"
 #include "noxcv/filter.h"
 #include "noxvseparablesize.h"
@@ -89,12 +91,18 @@ NoxStatus checkRowPointers(const T *const *rows, NoxiSize roi, int kernelSize) {
 
 template <class T, class Out, class Tap>
 NoxStatus checkColumns(const T *const *rows, const Out *dst, int dstStep, NoxiSize roi, int channels, const Tap *kernel,
-                       int kernelSize, int divisor, const Nox8u *buffer) {
+                       int kernelSize, int divisor, const Nox8u *buffer, ScratchSize scratch) {
     const NoxStatus status =
         firstFailure(checkPointers(rows, dst, kernel), checkSize(roi), checkLength(kernelSize),
                      checkStep<Out>(dstStep, static_cast<long long>(roi.width) * channels),
                      checkEvenSteps<Out>(dstStep), checkPointers(buffer), require(divisor != 0, noxStsBadArgument));
-    return status != noxStsNoError ? status : checkRowPointers(rows, roi, kernelSize);
+    if (status != noxStsNoError)
+        return status;
+    // More row pointers than an int counts are not looked at: they have no place in memory.
+    if (static_cast<long long>(roi.height) + kernelSize - 1 > INT_MAX)
+        return noxStsBadSize;
+    return firstFailure(checkRowPointers(rows, roi, kernelSize),
+                        checkBufferBytes(pipelineBufferBytes(roi, kernelSize, scratch)));
 }
 
 } // namespace
@@ -110,7 +118,8 @@ NoxStatus checkColumns(const T *const *rows, const Out *dst, int dstStep, NoxiSi
     NoxStatus noxiFilterColumnPipeline_##TAG##_C##CHANNELS##R(const Nox16s **rows, OUT *dst, int dstStep,              \
                                                               NoxiSize roi, const Nox16s *kernel, int kernelSize,      \
                                                               int divisor, Nox8u *buffer) {                            \
-        const NoxStatus status = checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, divisor, buffer); \
+        const NoxStatus status =                                                                                       \
+            checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, divisor, buffer, {PER_TAP, 32});       \
         return status != noxStsNoError ? status                                                                        \
                                        : runColumns(RULE(kernel, kernelSize, divisor), rows, dst, dstStep,             \
                                                     CHANNELS * roi.width, roi, kernelSize, PipelineRule::separable);   \
@@ -120,7 +129,8 @@ NoxStatus checkColumns(const T *const *rows, const Out *dst, int dstStep, NoxiSi
     NOX_COLUMNS_SIZE(32f, CHANNELS, 0, 0)                                                                              \
     NoxStatus noxiFilterColumnPipeline_32f_C##CHANNELS##R(const Nox32f **rows, Nox32f *dst, int dstStep, NoxiSize roi, \
                                                           const Nox32f *kernel, int kernelSize, Nox8u *buffer) {       \
-        const NoxStatus status = checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, 1, buffer);       \
+        const NoxStatus status =                                                                                       \
+            checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, 1, buffer, columnScratch32f);          \
         return status != noxStsNoError ? status                                                                        \
                                        : runColumns(RoundedRule(kernel, kernelSize), rows, dst, dstStep,               \
                                                     CHANNELS * roi.width, roi, kernelSize, PipelineRule::always);      \

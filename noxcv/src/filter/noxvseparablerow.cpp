@@ -89,7 +89,8 @@ NoxStatus runRows(const RowCall<T> &call, const Rule &rule, typename Rule::Outpu
 }
 
 template <int Channels, class T, class Out, class Tap>
-NoxStatus checkRows(const RowCall<T> &call, Out *const *rows, const Tap *kernel, const Nox8u *buffer, int divisor) {
+NoxStatus checkRows(const RowCall<T> &call, Out *const *rows, const Tap *kernel, const Nox8u *buffer, int divisor,
+                    ScratchSize scratch) {
     const int step = static_cast<int>(call.src.step);
     return firstFailure(
         checkPointers(call.src.base, rows, kernel, buffer), checkSize(call.roi), checkLength(call.kernelSize),
@@ -97,7 +98,8 @@ NoxStatus checkRows(const RowCall<T> &call, Out *const *rows, const Tap *kernel,
         checkStep<T>(step, static_cast<long long>(call.roi.width) * Channels), checkEvenSteps<T>(step),
         require(call.borderType >= noxBorderConstant && call.borderType <= noxBorderMirrorEdge, noxStsBadArgument),
         require(call.borderType != noxBorderConstant || call.borderValue != nullptr, noxStsNullPointer),
-        require(divisor != 0, noxStsBadArgument));
+        require(divisor != 0, noxStsBadArgument),
+        checkBufferBytes(pipelineBufferBytes(call.roi, call.kernelSize, scratch)));
 }
 
 /// How a member turns a checked call into a rule for its sums.
@@ -153,7 +155,7 @@ using QuotientMember16s = QuotientRule<Nox16s, Nox16s>;
         const TYPE *src, int srcStep, OUT **rows, NoxiSize roi, const Nox16s *kernel, int kernelSize, int xAnchor,     \
         int borderType, VALUE borderValue, int divisor, Nox8u *buffer) {                                               \
         const RowCall<TYPE> call = {{src, srcStep}, roi, kernelSize, xAnchor, borderType, ADDRESS};                    \
-        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, divisor);                             \
+        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, divisor, {PER_TAP, REST});            \
         return status != noxStsNoError ? status                                                                        \
                                        : runMember<MEMBER, CHANNELS>(call, rows, kernel, divisor, buffer,              \
                                                                      {PER_TAP, REST}, PipelineRule::PARALLEL);         \
@@ -165,7 +167,7 @@ using QuotientMember16s = QuotientRule<Nox16s, Nox16s>;
         const Nox32f *src, int srcStep, Nox32f **rows, NoxiSize roi, const Nox32f *kernel, int kernelSize,             \
         int xAnchor, int borderType, VALUE borderValue, Nox8u *buffer) {                                               \
         const RowCall<Nox32f> call = {{src, srcStep}, roi, kernelSize, xAnchor, borderType, ADDRESS};                  \
-        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, 1);                                   \
+        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, 1, {PER_TAP, REST});                  \
         return status != noxStsNoError ? status                                                                        \
                                        : runRows<CHANNELS>(call, RoundedRule(kernel, kernelSize), rows, buffer,        \
                                                            {PER_TAP, REST}, PipelineRule::PARALLEL);                   \

@@ -27,14 +27,10 @@ constexpr int planeMargin = 5;
 
 using ScharrSize = NoxStatus (*)(NoxiSize roi, int *size);
 
-/// The filter's buffer, or -1 when an int cannot tell its size. What the query tells wraps; the terms below are all but
-/// a few of its bytes, so that a wrapped size is less than they are.
+/// The filter's buffer, or -1 when an int cannot tell its size.
 long long scharrBytes(ScharrSize query, NoxiSize roi) {
-    const long long threads = sliceCount();
-    const long long rows = roi.width * 42LL, pointers = threads * roi.height * 8LL;
     int size = 0;
-    query(roi, &size);
-    return size < threads * (rows + pointers) ? -1 : size;
+    return query(roi, &size) == noxStsNoError ? size : -1;
 }
 
 /// Bytes of the buffer, or -1 when an int cannot tell them.
@@ -43,8 +39,8 @@ long long bufferBytes(NoxiSize roi, long long winSize, long long threads, int da
     const bool bytes = dataType == pyramidType8u;
     const long long width = static_cast<long long>(roi.width) + planeMargin,
                     height = static_cast<long long>(roi.height) + planeMargin;
-    // Windows of 2^14 are too large anyway; the limit keeps the terms below in 64 bits.
-    if (width > largest || height > largest || winSize > (1 << 14) || width * height > largest)
+    // Windows of 2^14 are too large anyway, and so are 2^23 threads; the limits keep the terms below in 64 bits.
+    if (width > largest || height > largest || winSize > (1 << 14) || threads > (1 << 23) || width * height > largest)
         return -1;
     const NoxiSize extended = {static_cast<int>(width), static_cast<int>(height)};
     const long long horiz = scharrBytes(bytes ? noxiFilterScharrHorizGetBufferSize_8u16s_C1R
@@ -81,7 +77,7 @@ public:
     LevelDerivatives(Nox8u *memory, NoxiSize largest, int filterThreads)
         : step_((largest.width + planeMargin) * static_cast<int>(sizeof(Cell))),
           bytes_(roundUp<std::ptrdiff_t>(std::ptrdiff_t{step_} * largest.height, pieceAlignment)), memory_(memory),
-          parallel_(owncvGetMaxNumThreads() <= filterThreads) {}
+          parallel_(sliceCount() <= filterThreads) {}
 
     FlowPlanes<Cell> compute(const FlowLevel<T> &level) const;
 

@@ -9,6 +9,8 @@
 
 #include "borders.h"
 #include "checks.h"
+#include "frame/noxvrowring.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/pyramid.h"
 #include "numerics.h"
 #include "rows.h"
@@ -21,18 +23,20 @@ constexpr int bufferAlignment = 32, rowAlignment = 16;
 constexpr int downRows = 6, upRows = 3;
 enum DataType { type8u = 1, type8s = 3, type32f = 13 };
 
-/// Bytes of `rows` row accumulators of `elements` 32-bit values, with room to align them; wraps like the caller's int.
-int accumulatorBytes(unsigned elements, unsigned rows) {
-    return static_cast<int>(roundUp<unsigned>(elements * 4U, rowAlignment) * rows + bufferAlignment);
+/// Bytes of the row accumulators with room to align them: six rows of the width on the way down, three of twice the
+/// width on the way up, 32 bits an element.
+constexpr long long downBytes(long long width, int channels) {
+    return roundUp<long long>(width * channels * 4, rowAlignment) * downRows + bufferAlignment;
+}
+constexpr long long upBytes(long long width, int channels) {
+    return roundUp<long long>(2 * width * channels * 4, rowAlignment) * upRows + bufferAlignment;
 }
 
-NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, unsigned scale, unsigned rows) {
+NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, long long (*bytes)(long long, int)) {
     const NoxStatus status = firstFailure(
         checkPointers(size), checkLength(width), require(channels == 1 || channels == 3, noxStsBadChannelCount),
         require(dataType == type8u || dataType == type8s || dataType == type32f, noxStsBadDataType));
-    if (status == noxStsNoError)
-        *size = accumulatorBytes(static_cast<unsigned>(width) * scale * static_cast<unsigned>(channels), rows);
-    return status;
+    return status != noxStsNoError ? status : storeSize(bytes(width, channels), size);
 }
 
 /// Sums of 8-bit elements fit 16 bits, 255 * 256 at most. Signed elements are moved up by 128 on the way in and down
@@ -51,17 +55,21 @@ NOX_INLINE Nox16u roundedShift(unsigned sum) {
     return static_cast<Nox16u>(static_cast<Nox16u>(sum + (1U << (Shift - 1))) >> Shift);
 }
 
-/// Row accumulators that rotate: each source row is filtered once.
-struct Ring {
-    Nox32f *base;
-    std::ptrdiff_t elements;
-    int rows;
+/// Row accumulators that rotate, so that each source row is filtered once, and what lies behind them.
+struct Accumulators {
+    RowRing<Nox32f> ring;
+    Nox32f *behind;
 
-    Ring(Nox8u *buffer, std::ptrdiff_t rowElements, int rowCount)
-        : base(reinterpret_cast<Nox32f *>(alignUp(buffer, bufferAlignment))),
-          elements(roundUp<std::ptrdiff_t>(rowElements, rowAlignment / sizeof(Nox32f))), rows(rowCount) {}
-    Nox32f *operator[](int y) const { return base + (y % rows) * elements; }
-    Nox32f *end() const { return base + rows * elements; }
+    Accumulators(WorkBuffer &&work, std::ptrdiff_t elements, int rows)
+        : ring(work.take<Nox32f>(static_cast<long long>(padded(elements)) * rows), rows, padded(elements)),
+          behind(work.take<Nox32f>(0)) {}
+    Accumulators(Nox8u *buffer, std::ptrdiff_t elements, int rows)
+        : Accumulators(WorkBuffer(buffer, bufferAlignment), elements, rows) {}
+
+private:
+    static std::ptrdiff_t padded(std::ptrdiff_t elements) {
+        return roundUp<std::ptrdiff_t>(elements, rowAlignment / sizeof(Nox32f));
+    }
 };
 
 // ---- integers, down: five source rows are combined first, then the columns
@@ -366,11 +374,12 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     if (roi.width <= 2)
         return ownPyrDownG5x5_W2_32f<Channels>(src, dst, roi);
     const int count = (roi.width + 1) / 2 * Channels;
-    const Ring ring(buffer, count, downRows);
+    const Accumulators sums(buffer, count, downRows);
+    const RowRing<Nox32f> ring = sums.ring;
     int filtered = 0;
     for (int y = 0; y < (roi.height + 1) / 2; ++y) {
         for (; filtered < std::min(2 * y + 3, roi.height); ++filtered)
-            filterRow<Channels>(src[filtered], ring[filtered], ring.end(), roi.width);
+            filterRow<Channels>(src[filtered], ring[filtered], sums.behind, roi.width);
         const Nox32f *rows[5];
         for (int k = 0; k < 5; ++k)
             rows[k] = ring[borderIndex(2 * y - 2 + k, roi.height, noxBorderMirror)];
@@ -474,7 +483,7 @@ template <class T, int Channels>
 requires std::is_floating_point_v<T>
 void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * Channels;
-    const Ring ring(buffer, 2 * count, upRows);
+    const RowRing<Nox32f> ring = Accumulators(buffer, 2 * count, upRows).ring;
     const auto places = [&](int y) { return Places{ring[y], ring[y] + count}; };
     int filtered = 0;
     for (int y = 0; y < roi.height; ++y) {
@@ -490,16 +499,17 @@ void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
 
 template <class T>
 NoxStatus checkPyramid(const T *src, int srcStep, const T *dst, int dstStep, NoxiSize roi, const Nox8u *buffer,
-                       int channels, long long dstWidth) {
+                       int channels, long long dstWidth, long long bufferBytes) {
     return firstFailure(checkPointers(src, dst, buffer), checkSize(roi),
                         checkStep<T>(srcStep, static_cast<long long>(roi.width) * channels),
-                        checkStep<T>(dstStep, dstWidth * channels), checkEvenSteps<T>(srcStep, dstStep));
+                        checkStep<T>(dstStep, dstWidth * channels), checkEvenSteps<T>(srcStep, dstStep),
+                        checkBufferBytes(bufferBytes));
 }
 
 template <class T, int Channels>
 NoxStatus down(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {
-    const NoxStatus status =
-        checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, (static_cast<long long>(roi.width) + 1) / 2);
+    const NoxStatus status = checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels,
+                                          (static_cast<long long>(roi.width) + 1) / 2, downBytes(roi.width, Channels));
     if (status == noxStsNoError)
         pyrDown<T, Channels>({src, srcStep}, {dst, dstStep}, roi, buffer);
     return status;
@@ -507,7 +517,8 @@ NoxStatus down(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox
 
 template <class T, int Channels>
 NoxStatus up(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {
-    const NoxStatus status = checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, 2LL * roi.width);
+    const NoxStatus status =
+        checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, 2LL * roi.width, upBytes(roi.width, Channels));
     if (status == noxStsNoError)
         pyrUp<T, Channels>({src, srcStep}, {dst, dstStep}, roi, buffer);
     return status;
@@ -532,9 +543,9 @@ NOX_PYR_GAUSS(Nox32f, 32f, 1)
 NOX_PYR_GAUSS(Nox32f, 32f, 3)
 
 NoxStatus noxiPyrDownGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize) {
-    return gaussBufferSize(width, dataType, channels, bufferSize, 1, downRows);
+    return gaussBufferSize(width, dataType, channels, bufferSize, downBytes);
 }
 
 NoxStatus noxiPyrUpGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize) {
-    return gaussBufferSize(width, dataType, channels, bufferSize, 2, upRows);
+    return gaussBufferSize(width, dataType, channels, bufferSize, upBytes);
 }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/primitives.h"
 #include "numerics.h"
 
@@ -91,20 +92,21 @@ bool normaliseInteger(const Nox16s *kernel, int size, bool down, Nox16s *out) {
 /// Bytes of an up state, and of a down state, without the wider record; beyond an int nothing is allocated.
 long long upBytes(NoxiSize roi, long long n, long long channels, bool floating) {
     const long long w = roi.width, h = roi.height, m = std::max(w, h);
-    if (floating)
-        return ((n + w - 1) * (n + h - 1) + n + m - 1) * 4 * channels + n * 4 + 108;
-    return ((n + w - 1) * (n + h - 1) + (n + m - 1) * 2) * 4 * channels + n * 2 + 108;
+    const long long plane = limitedProduct(n + w - 1, n + h - 1), line = n + m - 1;
+    const long long elements = limitedSum(plane, floating ? line : line * 2);
+    return limitedSum(limitedProduct(elements, 4 * channels), n * (floating ? 4 : 2) + 108);
 }
 
 long long downBytes(NoxiSize roi, long long n, long long channels, int dataType) {
     const bool floating = dataType == pyramidType32f;
     const long long w = roi.width, h = roi.height, t = roundUp(w * channels, floating ? 4LL : 8LL);
-    const long long base = floating ? (std::max(t, h) * channels + n + (n + h) * (n + t)) * 4
-                                    : n * 2 + std::max(t, h) * channels * 4 + (n + h) * (n + t) * 4;
+    const long long plane = limitedProduct(limitedProduct(n + h, n + t), 4);
+    const long long base = limitedSum(plane, std::max(t, h) * channels * 4 + n * (floating ? 4 : 2));
     if (w <= n || h <= n)
-        return base + 140;
+        return limitedSum(base, 140);
     const long long element = floating ? 4 : dataType == pyramidType16u ? 2 : 1;
-    return n * 20 + (n / 2 + n) * n * element * channels * 2 + n * 32 + t * 4 * n + base + 240;
+    const long long ends = limitedProduct((n / 2 + n) * element * channels * 2, n), ring = limitedProduct(t * 4, n);
+    return limitedSum(limitedSum(base, 240 + n * 52), limitedSum(ends, ring));
 }
 
 NoxStatus initAlloc(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate, const void *kernel, int kernelSize,
@@ -119,8 +121,8 @@ NoxStatus initAlloc(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate, co
         return status;
     const bool floating = dataType == pyramidType32f;
     const long long bytes =
-        (down ? downBytes(roi, kernelSize, channels, dataType) : upBytes(roi, kernelSize, channels, floating)) +
-        widerRecord;
+        limitedSum(down ? downBytes(roi, kernelSize, channels, dataType) : upBytes(roi, kernelSize, channels, floating),
+                   widerRecord);
     if (bytes > std::numeric_limits<int>::max())
         return noxStsNoMemory;
     Nox8u *block = noxsMalloc_8u(static_cast<int>(bytes));

@@ -9,6 +9,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/primitives.h"
 #include "noxvpyrlayer.h"
 #include "numerics.h"
@@ -309,15 +310,17 @@ public:
         return static_cast<int>(std::clamp<long long>((available - fixed) / aColumn, 1, widest));
     }
 
-    Strip(const Kernel<Tap> &kernel, const Bordered<T> &source, const Nox32f *weights, int columns, Nox32f *scratch)
+    Strip(const Kernel<Tap> &kernel, const Bordered<T> &source, const Nox32f *weights, int columns, Nox8u *scratch)
         : kernel_(kernel), source_(source), weights_(weights), depth_(kernel.overlap()) {
-        sums_ = reinterpret_cast<Column *>(alignUp(scratch, alignof(Nox64f)));
-        rows_ = reinterpret_cast<Row *>(sums_ + columns);
-        table_.weight = reinterpret_cast<Nox32f *>(rows_ + static_cast<std::ptrdiff_t>(depth_) * Channels * columns);
-        table_.sample = reinterpret_cast<int *>(table_.weight + depth_ * columns);
-        table_.tap = table_.sample + depth_ * columns;
-        held_ = table_.tap + depth_ * columns;
-        samples_ = reinterpret_cast<Nox32f *>(held_ + depth_);
+        WorkBuffer work(scratch, sizeof(Nox64f));
+        const long long entries = static_cast<long long>(depth_) * columns;
+        sums_ = work.take<Column>(columns);
+        rows_ = work.take<Row>(entries * Channels);
+        table_.weight = work.take<Nox32f>(entries);
+        table_.sample = work.take<int>(entries);
+        table_.tap = work.take<Nox32s>(entries);
+        held_ = work.take<int>(depth_);
+        samples_ = work.take<Nox32f>(0); // the rest
     }
 
     /// Destination columns from `begin` on.
@@ -441,11 +444,11 @@ void layerUp(const Bordered<typename A::Pixel> &source, Rows<typename A::Pixel> 
 
     // Small images with small kernels have little scratch in their state.
     constexpr int localWords = 4096;
-    Nox32f local[localWords];
+    alignas(Nox64f) Nox8u local[localWords * sizeof(Nox32f)];
     const long long stateWords = upLayerScratchWords(state, Channels) - places;
     const bool useState = stateWords > localWords;
     const int strip = S::columnsFor(kernel, useState ? stateWords : localWords);
-    S columns(kernel, source, weights, strip, useState ? weights + places : local);
+    S columns(kernel, source, weights, strip, useState ? reinterpret_cast<Nox8u *>(weights + places) : local);
     for (int x = 0; x < dstRoi.width; x += strip)
         columns.run(dst, x, std::min(strip, dstRoi.width - x), dstRoi.height);
 }

@@ -14,6 +14,7 @@
 #include <emmintrin.h>
 
 #include "checks.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/sampling.h"
 #include "rows.h"
 
@@ -324,6 +325,13 @@ NOX_TIERS void undistort(Rows<const T> src, Rows<T> dst, NoxiSize roi, const Len
     });
 }
 
+long long bufferBytes(NoxiSize roi) { return roundUp(static_cast<long long>(roi.width), 4LL) * 24 + 32; }
+
+/// Only a buffer that is used must have a size that an int tells.
+NoxStatus checkBuffer(const Nox8u *buffer, NoxiSize roi) {
+    return buffer == nullptr ? noxStsNoError : checkBufferBytes(bufferBytes(roi));
+}
+
 NoxStatus checkFocalLengths(float fx, float fy) {
     return require(fx != 0 && fy != 0 && fx == fx && fy == fy, noxStsBadArgument);
 }
@@ -334,7 +342,7 @@ NoxStatus undistortRadial(const T *src, int srcStep, T *dst, int dstStep, NoxiSi
     const long long elements = static_cast<long long>(roi.width) * Channels;
     const NoxStatus status = firstFailure(checkPointers(src, dst), checkSize(roi), checkStep<T>(srcStep, elements),
                                           checkStep<T>(dstStep, elements), checkEvenSteps<T>(srcStep, dstStep),
-                                          checkFocalLengths(lens.fx, lens.fy));
+                                          checkFocalLengths(lens.fx, lens.fy), checkBuffer(buffer, roi));
     if (status == noxStsNoError)
         undistort<T, Channels>({src, srcStep}, {dst, dstStep}, roi, lens, buffer);
     return status;
@@ -360,9 +368,10 @@ NOX_UNDISTORT(Nox32f, 32f, 3)
 NoxStatus noxiCreateMapCameraUndistort_32f_C1R(Nox32f *xMap, int xMapStep, Nox32f *yMap, int yMapStep, NoxiSize roi,
                                                Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                                Nox32f p1, Nox32f p2, Nox8u *buffer) {
-    const NoxStatus status = firstFailure(
-        checkPointers(xMap, yMap), checkSize(roi), checkStep<Nox32f>(xMapStep, roi.width),
-        checkStep<Nox32f>(yMapStep, roi.width), checkEvenSteps<Nox32f>(xMapStep, yMapStep), checkFocalLengths(fx, fy));
+    const NoxStatus status =
+        firstFailure(checkPointers(xMap, yMap), checkSize(roi), checkStep<Nox32f>(xMapStep, roi.width),
+                     checkStep<Nox32f>(yMapStep, roi.width), checkEvenSteps<Nox32f>(xMapStep, yMapStep),
+                     checkFocalLengths(fx, fy), checkBuffer(buffer, roi));
     if (status != noxStsNoError)
         return status;
     const Rows<float> xs{xMap, xMapStep}, ys{yMap, yMapStep};
@@ -375,10 +384,6 @@ NoxStatus noxiCreateMapCameraUndistort_32f_C1R(Nox32f *xMap, int xMapStep, Nox32
 }
 
 NoxStatus noxiUndistortGetSize(NoxiSize roi, int *bufferSize) {
-    const long long size = roundUp(static_cast<long long>(roi.width), 4LL) * 24 + 32;
-    const NoxStatus status = firstFailure(checkPointers(bufferSize), checkSize(roi),
-                                          require(size <= std::numeric_limits<int>::max(), noxStsBadSize));
-    if (status == noxStsNoError)
-        *bufferSize = static_cast<int>(size);
-    return status;
+    const NoxStatus status = firstFailure(checkPointers(bufferSize), checkSize(roi));
+    return status != noxStsNoError ? status : storeSize(bufferBytes(roi), bufferSize);
 }
