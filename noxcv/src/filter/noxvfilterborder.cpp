@@ -265,75 +265,95 @@ NoxStatus laplacianImage(const Call<Pixel, Out> &call, Parallel rule3, Parallel 
 } // namespace
 
 // One line per filter: name and pairs, and when each of its types goes parallel.
-#define NOX_SIZE(NAME, TYPE, OUT, TAG, LAPLACIAN)                                                                      \
-    NoxStatus noxiFilter##NAME##GetBufferSize_##TAG##_C1R(NoxiSize roi, int mask, int *size) {                         \
-        return bufferSize<TYPE, OUT, LAPLACIAN>(roi, mask, size);                                                      \
-    }
-#define NOX_SIZE_3(NAME, TYPE, OUT, TAG)                                                                               \
-    NoxStatus noxiFilter##NAME##GetBufferSize_##TAG##_C1R(NoxiSize roi, int *size) {                                   \
-        return bufferSize<TYPE, OUT, false>(roi, noxMskSize3x3, size);                                                 \
-    }
+#define NOX_SIZE(FUNCTION, TYPE, OUT, LAPLACIAN)                                                                       \
+    NoxStatus FUNCTION(NoxiSize roi, int mask, int *size) { return bufferSize<TYPE, OUT, LAPLACIAN>(roi, mask, size); }
+#define NOX_SIZE_3(FUNCTION, TYPE, OUT)                                                                                \
+    NoxStatus FUNCTION(NoxiSize roi, int *size) { return bufferSize<TYPE, OUT, false>(roi, noxMskSize3x3, size); }
 
-#define NOX_FILTER(NAME, TYPE, OUT, TAG, RUN, ...)                                                                     \
-    NoxStatus noxiFilter##NAME##Border_##TAG##_C1R(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi,  \
-                                                   int mask, int borderType, TYPE borderValue, Nox8u *buffer) {        \
+#define NOX_FILTER(FUNCTION, TYPE, OUT, RUN, ...)                                                                      \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi, int mask, int borderType,    \
+                       TYPE borderValue, Nox8u *buffer) {                                                              \
         return RUN(Call<TYPE, OUT>{{src, srcStep}, {dst, dstStep}, roi, mask, borderType, borderValue, buffer},        \
                    __VA_ARGS__);                                                                                       \
     }
-#define NOX_FILTER_8S(NAME, RUN, ...)                                                                                  \
-    NoxStatus noxiFilter##NAME##Border_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,  \
-                                                int mask, int borderType, Nox8u borderValue, int divisor,              \
-                                                Nox8u *buffer) {                                                       \
+#define NOX_FILTER_8S(FUNCTION, RUN, ...)                                                                              \
+    NoxStatus FUNCTION(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi, int mask, int borderType, \
+                       Nox8u borderValue, int divisor, Nox8u *buffer) {                                                \
         return RUN(                                                                                                    \
             Call<Nox8u, Nox8s>{{src, srcStep}, {dst, dstStep}, roi, mask, borderType, borderValue, buffer, divisor},   \
             __VA_ARGS__);                                                                                              \
     }
-#define NOX_SOBEL(NAME, PAIRS, RULE_8U, RULE_32F)                                                                      \
-    NOX_SIZE(NAME, Nox8u, Nox16s, 8u16s, false)                                                                        \
-    NOX_SIZE(NAME, Nox8u, Nox8s, 8u8s, false)                                                                          \
-    NOX_SIZE(NAME, Nox32f, Nox32f, 32f, false)                                                                         \
-    NOX_FILTER(NAME, Nox8u, Nox16s, 8u16s, filterImage, PAIRS, Parallel::RULE_8U)                                      \
-    NOX_FILTER_8S(NAME, filterImage, PAIRS, Parallel::RULE_8U)                                                         \
-    NOX_FILTER(NAME, Nox32f, Nox32f, 32f, filterImage, PAIRS, Parallel::RULE_32F)
+#define NOX_SOBEL(SIZE_8U16S_FUNCTION, SIZE_8U8S_FUNCTION, SIZE_32F_FUNCTION, BORDER_8U16S_FUNCTION,                   \
+                  BORDER_8U8S_FUNCTION, BORDER_32F_FUNCTION, PAIRS, RULE_8U, RULE_32F)                                 \
+    NOX_SIZE(SIZE_8U16S_FUNCTION, Nox8u, Nox16s, false)                                                                \
+    NOX_SIZE(SIZE_8U8S_FUNCTION, Nox8u, Nox8s, false)                                                                  \
+    NOX_SIZE(SIZE_32F_FUNCTION, Nox32f, Nox32f, false)                                                                 \
+    NOX_FILTER(BORDER_8U16S_FUNCTION, Nox8u, Nox16s, filterImage, PAIRS, Parallel::RULE_8U)                            \
+    NOX_FILTER_8S(BORDER_8U8S_FUNCTION, filterImage, PAIRS, Parallel::RULE_8U)                                         \
+    NOX_FILTER(BORDER_32F_FUNCTION, Nox32f, Nox32f, filterImage, PAIRS, Parallel::RULE_32F)
 
-#define NOX_FILTER_3(NAME, TYPE, OUT, TAG, PAIRS, RULE)                                                                \
-    NOX_SIZE_3(NAME, TYPE, OUT, TAG)                                                                                   \
-    NoxStatus noxiFilter##NAME##Border_##TAG##_C1R(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi,  \
-                                                   int borderType, TYPE borderValue, Nox8u *buffer) {                  \
+#define NOX_FILTER_3(SIZE_FUNCTION, BORDER_FUNCTION, TYPE, OUT, PAIRS, RULE)                                           \
+    NOX_SIZE_3(SIZE_FUNCTION, TYPE, OUT)                                                                               \
+    NoxStatus BORDER_FUNCTION(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi, int borderType,       \
+                              TYPE borderValue, Nox8u *buffer) {                                                       \
         return filterImage(                                                                                            \
             Call<TYPE, OUT>{{src, srcStep}, {dst, dstStep}, roi, noxMskSize3x3, borderType, borderValue, buffer},      \
             PAIRS, Parallel::RULE);                                                                                    \
     }
-#define NOX_SCHARR(NAME, PAIRS, RULE_8U, RULE_32F)                                                                     \
-    NOX_FILTER_3(NAME, Nox8u, Nox16s, 8u16s, PAIRS, RULE_8U)                                                           \
-    NOX_FILTER_3(NAME, Nox32f, Nox32f, 32f, PAIRS, RULE_32F)                                                           \
-    NOX_SIZE_3(NAME, Nox8u, Nox8s, 8u8s)                                                                               \
-    NoxStatus noxiFilter##NAME##Border_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,  \
-                                                int borderType, Nox8u borderValue, int divisor, Nox8u *buffer) {       \
+#define NOX_SCHARR(SIZE_8U16S_FUNCTION, BORDER_8U16S_FUNCTION, SIZE_32F_FUNCTION, BORDER_32F_FUNCTION,                 \
+                   SIZE_8U8S_FUNCTION, BORDER_8U8S_FUNCTION, PAIRS, RULE_8U, RULE_32F)                                 \
+    NOX_FILTER_3(SIZE_8U16S_FUNCTION, BORDER_8U16S_FUNCTION, Nox8u, Nox16s, PAIRS, RULE_8U)                            \
+    NOX_FILTER_3(SIZE_32F_FUNCTION, BORDER_32F_FUNCTION, Nox32f, Nox32f, PAIRS, RULE_32F)                              \
+    NOX_SIZE_3(SIZE_8U8S_FUNCTION, Nox8u, Nox8s)                                                                       \
+    NoxStatus BORDER_8U8S_FUNCTION(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,               \
+                                   int borderType, Nox8u borderValue, int divisor, Nox8u *buffer) {                    \
         return filterImage(                                                                                            \
             Call<Nox8u, Nox8s>{                                                                                        \
                 {src, srcStep}, {dst, dstStep}, roi, noxMskSize3x3, borderType, borderValue, buffer, divisor},         \
             PAIRS, Parallel::RULE_8U);                                                                                 \
     }
 
-NOX_SOBEL(SobelHoriz, sobelHoriz, manyRowsOrSize5, manyRows)
-NOX_SOBEL(SobelVert, sobelVert, manyRows, manyRowsOrSize5)
-NOX_SOBEL(SobelNegVert, sobelNegVert, manyRows, manyRowsOrSize5)
-NOX_SOBEL(SobelHorizSecond, sobelHorizSecond, manyRows, manyRows)
-NOX_SOBEL(SobelVertSecond, sobelVertSecond, manyRows, manyRows)
-NOX_SOBEL(SobelCross, sobelCross, manyRows, manyRowsOrSize5)
+NOX_SOBEL(noxiFilterSobelHorizGetBufferSize_8u16s_C1R, noxiFilterSobelHorizGetBufferSize_8u8s_C1R,
+          noxiFilterSobelHorizGetBufferSize_32f_C1R, noxiFilterSobelHorizBorder_8u16s_C1R,
+          noxiFilterSobelHorizBorder_8u8s_C1R, noxiFilterSobelHorizBorder_32f_C1R, sobelHoriz, manyRowsOrSize5,
+          manyRows)
+NOX_SOBEL(noxiFilterSobelVertGetBufferSize_8u16s_C1R, noxiFilterSobelVertGetBufferSize_8u8s_C1R,
+          noxiFilterSobelVertGetBufferSize_32f_C1R, noxiFilterSobelVertBorder_8u16s_C1R,
+          noxiFilterSobelVertBorder_8u8s_C1R, noxiFilterSobelVertBorder_32f_C1R, sobelVert, manyRows, manyRowsOrSize5)
+NOX_SOBEL(noxiFilterSobelNegVertGetBufferSize_8u16s_C1R, noxiFilterSobelNegVertGetBufferSize_8u8s_C1R,
+          noxiFilterSobelNegVertGetBufferSize_32f_C1R, noxiFilterSobelNegVertBorder_8u16s_C1R,
+          noxiFilterSobelNegVertBorder_8u8s_C1R, noxiFilterSobelNegVertBorder_32f_C1R, sobelNegVert, manyRows,
+          manyRowsOrSize5)
+NOX_SOBEL(noxiFilterSobelHorizSecondGetBufferSize_8u16s_C1R, noxiFilterSobelHorizSecondGetBufferSize_8u8s_C1R,
+          noxiFilterSobelHorizSecondGetBufferSize_32f_C1R, noxiFilterSobelHorizSecondBorder_8u16s_C1R,
+          noxiFilterSobelHorizSecondBorder_8u8s_C1R, noxiFilterSobelHorizSecondBorder_32f_C1R, sobelHorizSecond,
+          manyRows, manyRows)
+NOX_SOBEL(noxiFilterSobelVertSecondGetBufferSize_8u16s_C1R, noxiFilterSobelVertSecondGetBufferSize_8u8s_C1R,
+          noxiFilterSobelVertSecondGetBufferSize_32f_C1R, noxiFilterSobelVertSecondBorder_8u16s_C1R,
+          noxiFilterSobelVertSecondBorder_8u8s_C1R, noxiFilterSobelVertSecondBorder_32f_C1R, sobelVertSecond, manyRows,
+          manyRows)
+NOX_SOBEL(noxiFilterSobelCrossGetBufferSize_8u16s_C1R, noxiFilterSobelCrossGetBufferSize_8u8s_C1R,
+          noxiFilterSobelCrossGetBufferSize_32f_C1R, noxiFilterSobelCrossBorder_8u16s_C1R,
+          noxiFilterSobelCrossBorder_8u8s_C1R, noxiFilterSobelCrossBorder_32f_C1R, sobelCross, manyRows,
+          manyRowsOrSize5)
 
-NOX_SCHARR(ScharrHoriz, scharrHoriz, anyWidth, manyRows)
-NOX_SCHARR(ScharrVert, scharrVert, manyRows, mostRows)
+NOX_SCHARR(noxiFilterScharrHorizGetBufferSize_8u16s_C1R, noxiFilterScharrHorizBorder_8u16s_C1R,
+           noxiFilterScharrHorizGetBufferSize_32f_C1R, noxiFilterScharrHorizBorder_32f_C1R,
+           noxiFilterScharrHorizGetBufferSize_8u8s_C1R, noxiFilterScharrHorizBorder_8u8s_C1R, scharrHoriz, anyWidth,
+           manyRows)
+NOX_SCHARR(noxiFilterScharrVertGetBufferSize_8u16s_C1R, noxiFilterScharrVertBorder_8u16s_C1R,
+           noxiFilterScharrVertGetBufferSize_32f_C1R, noxiFilterScharrVertBorder_32f_C1R,
+           noxiFilterScharrVertGetBufferSize_8u8s_C1R, noxiFilterScharrVertBorder_8u8s_C1R, scharrVert, manyRows,
+           mostRows)
 
-NOX_SIZE(Laplacian, Nox8u, Nox16s, 8u16s, true)
-NOX_SIZE(Laplacian, Nox8u, Nox8s, 8u8s, true)
-NOX_SIZE(Laplacian, Nox32f, Nox32f, 32f, true)
-NOX_FILTER(Laplacian, Nox8u, Nox16s, 8u16s, laplacianImage, Parallel::manyRows, Parallel::manyRows)
-NOX_FILTER_8S(Laplacian, laplacianImage, Parallel::fewRows, Parallel::never)
-NOX_FILTER(Laplacian, Nox32f, Nox32f, 32f, laplacianImage, Parallel::manyRows, Parallel::manyRows)
+NOX_SIZE(noxiFilterLaplacianGetBufferSize_8u16s_C1R, Nox8u, Nox16s, true)
+NOX_SIZE(noxiFilterLaplacianGetBufferSize_8u8s_C1R, Nox8u, Nox8s, true)
+NOX_SIZE(noxiFilterLaplacianGetBufferSize_32f_C1R, Nox32f, Nox32f, true)
+NOX_FILTER(noxiFilterLaplacianBorder_8u16s_C1R, Nox8u, Nox16s, laplacianImage, Parallel::manyRows, Parallel::manyRows)
+NOX_FILTER_8S(noxiFilterLaplacianBorder_8u8s_C1R, laplacianImage, Parallel::fewRows, Parallel::never)
+NOX_FILTER(noxiFilterLaplacianBorder_32f_C1R, Nox32f, Nox32f, laplacianImage, Parallel::manyRows, Parallel::manyRows)
 
-NOX_SIZE(Lowpass, Nox8u, Nox8u, 8u, false)
-NOX_SIZE(Lowpass, Nox32f, Nox32f, 32f, false)
-NOX_FILTER(Lowpass, Nox8u, Nox8u, 8u, filterImage, lowpass8u, Parallel::manyRows)
-NOX_FILTER(Lowpass, Nox32f, Nox32f, 32f, filterImage, lowpass32f, Parallel::manyRows)
+NOX_SIZE(noxiFilterLowpassGetBufferSize_8u_C1R, Nox8u, Nox8u, false)
+NOX_SIZE(noxiFilterLowpassGetBufferSize_32f_C1R, Nox32f, Nox32f, false)
+NOX_FILTER(noxiFilterLowpassBorder_8u_C1R, Nox8u, Nox8u, filterImage, lowpass8u, Parallel::manyRows)
+NOX_FILTER(noxiFilterLowpassBorder_32f_C1R, Nox32f, Nox32f, filterImage, lowpass32f, Parallel::manyRows)

@@ -143,17 +143,15 @@ using QuotientMember16s = QuotientRule<Nox16s, Nox16s>;
 } // namespace
 
 // One line per member: types and tag, channels, scratch, parallel rule, rule of the sums.
-#define NOX_ROWS_SIZE(TAG, CHANNELS, PER_TAP, REST)                                                                    \
-    NoxStatus noxiFilterRowBorderPipelineGetBufferSize_##TAG##_C##CHANNELS##R(NoxiSize roi, int kernelSize,            \
-                                                                              int *size) {                             \
+#define NOX_ROWS_SIZE(FUNCTION, PER_TAP, REST)                                                                         \
+    NoxStatus FUNCTION(NoxiSize roi, int kernelSize, int *size) {                                                      \
         return pipelineBufferSize(roi, kernelSize, size, {PER_TAP, REST});                                             \
     }
 
-#define NOX_ROWS(TYPE, OUT, TAG, CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL, MEMBER)                            \
-    NOX_ROWS_SIZE(TAG, CHANNELS, PER_TAP, REST)                                                                        \
-    NoxStatus noxiFilterRowBorderPipeline_##TAG##_C##CHANNELS##R(                                                      \
-        const TYPE *src, int srcStep, OUT **rows, NoxiSize roi, const Nox16s *kernel, int kernelSize, int xAnchor,     \
-        int borderType, VALUE borderValue, int divisor, Nox8u *buffer) {                                               \
+#define NOX_ROWS(SIZE_FUNCTION, FUNCTION, TYPE, OUT, CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL, MEMBER)        \
+    NOX_ROWS_SIZE(SIZE_FUNCTION, PER_TAP, REST)                                                                        \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, OUT **rows, NoxiSize roi, const Nox16s *kernel, int kernelSize,   \
+                       int xAnchor, int borderType, VALUE borderValue, int divisor, Nox8u *buffer) {                   \
         const RowCall<TYPE> call = {{src, srcStep}, roi, kernelSize, xAnchor, borderType, ADDRESS};                    \
         const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, divisor, {PER_TAP, REST});            \
         return status != noxStsNoError ? status                                                                        \
@@ -161,11 +159,10 @@ using QuotientMember16s = QuotientRule<Nox16s, Nox16s>;
                                                                      {PER_TAP, REST}, PipelineRule::PARALLEL);         \
     }
 
-#define NOX_ROWS_32F(CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL)                                                \
-    NOX_ROWS_SIZE(32f, CHANNELS, PER_TAP, REST)                                                                        \
-    NoxStatus noxiFilterRowBorderPipeline_32f_C##CHANNELS##R(                                                          \
-        const Nox32f *src, int srcStep, Nox32f **rows, NoxiSize roi, const Nox32f *kernel, int kernelSize,             \
-        int xAnchor, int borderType, VALUE borderValue, Nox8u *buffer) {                                               \
+#define NOX_ROWS_32F(SIZE_FUNCTION, FUNCTION, CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL)                       \
+    NOX_ROWS_SIZE(SIZE_FUNCTION, PER_TAP, REST)                                                                        \
+    NoxStatus FUNCTION(const Nox32f *src, int srcStep, Nox32f **rows, NoxiSize roi, const Nox32f *kernel,              \
+                       int kernelSize, int xAnchor, int borderType, VALUE borderValue, Nox8u *buffer) {                \
         const RowCall<Nox32f> call = {{src, srcStep}, roi, kernelSize, xAnchor, borderType, ADDRESS};                  \
         const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, 1, {PER_TAP, REST});                  \
         return status != noxStsNoError ? status                                                                        \
@@ -173,11 +170,19 @@ using QuotientMember16s = QuotientRule<Nox16s, Nox16s>;
                                                            {PER_TAP, REST}, PipelineRule::PARALLEL);                   \
     }
 
-NOX_ROWS(Nox8u, Nox16s, 8u16s, 1, Nox8u, &borderValue, 4, 32, always, QuotientMember8u)
-NOX_ROWS(Nox8u, Nox16s, 8u16s, 3, const Nox8u *, borderValue, 12, 32, always, QuotientMember8u)
-NOX_ROWS(Nox16s, Nox16s, 16s, 1, Nox16s, &borderValue, 48, 80, largeKernel, FoldedMember)
-NOX_ROWS(Nox16s, Nox16s, 16s, 3, const Nox16s *, borderValue, 28, 32, always, QuotientMember16s)
-NOX_ROWS(Nox16s, Nox16s, Low_16s, 1, Nox16s, &borderValue, 24, 64, always, LowMember)
-NOX_ROWS(Nox16s, Nox16s, Low_16s, 3, const Nox16s *, borderValue, 208, 64, always, LowProductRule)
-NOX_ROWS_32F(1, Nox32f, &borderValue, 16, 32, separable)
-NOX_ROWS_32F(3, const Nox32f *, borderValue, 192, 32, always)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_8u16s_C1R, noxiFilterRowBorderPipeline_8u16s_C1R, Nox8u, Nox16s, 1,
+         Nox8u, &borderValue, 4, 32, always, QuotientMember8u)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_8u16s_C3R, noxiFilterRowBorderPipeline_8u16s_C3R, Nox8u, Nox16s, 3,
+         const Nox8u *, borderValue, 12, 32, always, QuotientMember8u)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_16s_C1R, noxiFilterRowBorderPipeline_16s_C1R, Nox16s, Nox16s, 1,
+         Nox16s, &borderValue, 48, 80, largeKernel, FoldedMember)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_16s_C3R, noxiFilterRowBorderPipeline_16s_C3R, Nox16s, Nox16s, 3,
+         const Nox16s *, borderValue, 28, 32, always, QuotientMember16s)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R, noxiFilterRowBorderPipeline_Low_16s_C1R, Nox16s, Nox16s,
+         1, Nox16s, &borderValue, 24, 64, always, LowMember)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R, noxiFilterRowBorderPipeline_Low_16s_C3R, Nox16s, Nox16s,
+         3, const Nox16s *, borderValue, 208, 64, always, LowProductRule)
+NOX_ROWS_32F(noxiFilterRowBorderPipelineGetBufferSize_32f_C1R, noxiFilterRowBorderPipeline_32f_C1R, 1, Nox32f,
+             &borderValue, 16, 32, separable)
+NOX_ROWS_32F(noxiFilterRowBorderPipelineGetBufferSize_32f_C3R, noxiFilterRowBorderPipeline_32f_C3R, 3, const Nox32f *,
+             borderValue, 192, 32, always)

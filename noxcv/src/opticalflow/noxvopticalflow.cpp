@@ -93,12 +93,12 @@ private:
 
 // Without a buffer for all threads the engine runs on this one, in one thread's share; it gives the same bits.
 
-#define NOX_SCHARR(SOURCE, CELL, TAG, TAP)                                                                             \
+#define NOX_SCHARR(VERT_FUNCTION, HORIZ_FUNCTION, SOURCE, CELL, TAG, TAP)                                              \
     void scharr(const SOURCE *src, int srcStep, NoxiSize size, CELL *dx, CELL *dy, int step, Nox8u *buffer,            \
                 bool parallel) {                                                                                       \
         if (parallel) {                                                                                                \
-            noxiFilterScharrVertBorder_##TAG##_C1R(src, srcStep, dx, step, size, noxBorderReplicate, 0, buffer);       \
-            noxiFilterScharrHorizBorder_##TAG##_C1R(src, srcStep, dy, step, size, noxBorderReplicate, 0, buffer);      \
+            VERT_FUNCTION(src, srcStep, dx, step, size, noxBorderReplicate, 0, buffer);                                \
+            HORIZ_FUNCTION(src, srcStep, dy, step, size, noxBorderReplicate, 0, buffer);                               \
             return;                                                                                                    \
         }                                                                                                              \
         ownFilterConvolution_##TAG##_C1R(src, srcStep, dx, step, size.width, size.height, kerDx_3_##TAP, 3,            \
@@ -106,8 +106,8 @@ private:
         ownFilterConvolution_##TAG##_C1R(src, srcStep, dy, step, size.width, size.height, kerScharr_3_##TAP, 3,        \
                                          kerDx_3_##TAP, 3, noxBorderReplicate, 0, buffer, 1, 1);                       \
     }
-NOX_SCHARR(Nox8u, Nox16s, 8u16s, 16s)
-NOX_SCHARR(Nox32f, Nox32f, 32f, 32f)
+NOX_SCHARR(noxiFilterScharrVertBorder_8u16s_C1R, noxiFilterScharrHorizBorder_8u16s_C1R, Nox8u, Nox16s, 8u16s, 16s)
+NOX_SCHARR(noxiFilterScharrVertBorder_32f_C1R, noxiFilterScharrHorizBorder_32f_C1R, Nox32f, Nox32f, 32f, 32f)
 
 /// To the scale of the patches: a sum of 32 weights for a value times 128, or for the value itself.
 void rescale(Nox16s *row, int width) { noxsMulC_16s_ISfs(4, row, width, 0); }
@@ -260,20 +260,20 @@ NoxStatus ownOpticalFlowPyrLKInitAlloc(NoxiOptFlowPyrLKState **state, NoxiSize r
     return noxStsNoError;
 }
 
-#define NOX_TRACKER(TYPE, TAG)                                                                                         \
-    NoxStatus noxiOpticalFlowPyrLKInitAlloc_##TAG##_C1R(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize,      \
-                                                        int hint) {                                                    \
+#define NOX_TRACKER(INIT_ALLOC_FUNCTION, FREE_FUNCTION, FUNCTION, TYPE)                                                \
+    NoxStatus INIT_ALLOC_FUNCTION(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize, int hint) {                \
         return ownOpticalFlowPyrLKInitAlloc(state, roi, winSize, hint, selectorOf<TYPE>());                            \
     }                                                                                                                  \
-    NoxStatus noxiOpticalFlowPyrLKFree_##TAG##_C1R(NoxiOptFlowPyrLKState *state) { return freeState(state); }          \
-    NoxStatus noxiOpticalFlowPyrLK_##TAG##_C1R(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2,               \
-                                               const NoxiPoint32f *prevPts, NoxiPoint32f *nextPts, Nox8s *status,      \
-                                               Nox32f *error, int numPoints, int winSize, int maxLevel, int maxIter,   \
-                                               Nox32f threshold, NoxiOptFlowPyrLKState *state) {                       \
+    NoxStatus FREE_FUNCTION(NoxiOptFlowPyrLKState *state) { return freeState(state); }                                 \
+    NoxStatus FUNCTION(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2, const NoxiPoint32f *prevPts,          \
+                       NoxiPoint32f *nextPts, Nox8s *status, Nox32f *error, int numPoints, int winSize, int maxLevel,  \
+                       int maxIter, Nox32f threshold, NoxiOptFlowPyrLKState *state) {                                  \
         return track<TYPE>({pyramid1, pyramid2, prevPts, nextPts, status, error, winSize, maxIter, threshold, 1.0},    \
                            numPoints, maxLevel, state);                                                                \
     }
 
-NOX_TRACKER(Nox8u, 8u)
-NOX_TRACKER(Nox16u, 16u)
-NOX_TRACKER(Nox32f, 32f)
+NOX_TRACKER(noxiOpticalFlowPyrLKInitAlloc_8u_C1R, noxiOpticalFlowPyrLKFree_8u_C1R, noxiOpticalFlowPyrLK_8u_C1R, Nox8u)
+NOX_TRACKER(noxiOpticalFlowPyrLKInitAlloc_16u_C1R, noxiOpticalFlowPyrLKFree_16u_C1R, noxiOpticalFlowPyrLK_16u_C1R,
+            Nox16u)
+NOX_TRACKER(noxiOpticalFlowPyrLKInitAlloc_32f_C1R, noxiOpticalFlowPyrLKFree_32f_C1R, noxiOpticalFlowPyrLK_32f_C1R,
+            Nox32f)

@@ -103,6 +103,9 @@ struct NormalEquations {
 namespace nox {
 
 template <class T>
+PointTracker<T>::PointTracker(const FlowCall &call, Cell *cells) : call_(call), patches_(cells, call.winSize) {}
+
+template <class T>
 Window PointTracker<T>::cutFirst(const FlowLevel<T> &level, NoxiPoint32f at) {
     const int size = call_.winSize + 2;
     Window inside{};

@@ -205,7 +205,7 @@ NOX_INLINE unsigned oddUp(unsigned here, unsigned after) {
 /// A destination row of one channel: the pixels of an even and an odd place are stored as one 16-bit value.
 template <int Shift, class T>
 NOX_TIERS void spreadRow1(const Nox16u *sums, T *dst, int width) {
-    auto *const __restrict pairs = reinterpret_cast<BytePair *>(dst);
+    BytePair *const __restrict pairs = reinterpret_cast<BytePair *>(dst); // auto would forget its alignment
     for (int x = 0; x < width; ++x) {
         const unsigned even = evenUp<Shift>(sums[x - 1], sums[x], sums[x + 1]),
                        odd = oddUp<Shift>(sums[x], sums[x + 1]);
@@ -526,21 +526,19 @@ NoxStatus up(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u
 
 } // namespace
 
-#define NOX_PYR_GAUSS(TYPE, TAG, CHANNELS)                                                                             \
-    NoxStatus noxiPyrDown_Gauss5x5_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,        \
-                                                          NoxiSize roi, Nox8u *buffer) {                               \
+#define NOX_PYR_GAUSS(DOWN_FUNCTION, UP_FUNCTION, TYPE, CHANNELS)                                                      \
+    NoxStatus DOWN_FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {       \
         return down<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, buffer);                                          \
     }                                                                                                                  \
-    NoxStatus noxiPyrUp_Gauss5x5_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,          \
-                                                        NoxiSize roi, Nox8u *buffer) {                                 \
+    NoxStatus UP_FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {         \
         return up<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, buffer);                                            \
     }
-NOX_PYR_GAUSS(Nox8u, 8u, 1)
-NOX_PYR_GAUSS(Nox8u, 8u, 3)
-NOX_PYR_GAUSS(Nox8s, 8s, 1)
-NOX_PYR_GAUSS(Nox8s, 8s, 3)
-NOX_PYR_GAUSS(Nox32f, 32f, 1)
-NOX_PYR_GAUSS(Nox32f, 32f, 3)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8u_C1R, noxiPyrUp_Gauss5x5_8u_C1R, Nox8u, 1)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8u_C3R, noxiPyrUp_Gauss5x5_8u_C3R, Nox8u, 3)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8s_C1R, noxiPyrUp_Gauss5x5_8s_C1R, Nox8s, 1)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8s_C3R, noxiPyrUp_Gauss5x5_8s_C3R, Nox8s, 3)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_32f_C1R, noxiPyrUp_Gauss5x5_32f_C1R, Nox32f, 1)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_32f_C3R, noxiPyrUp_Gauss5x5_32f_C3R, Nox32f, 3)
 
 NoxStatus noxiPyrDownGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize) {
     return gaussBufferSize(width, dataType, channels, bufferSize, downBytes);

@@ -184,19 +184,26 @@ NoxStatus ownPyramidLayerUpInitAlloc(NoxiPyramidLayerState **state, NoxiSize roi
 NoxStatus noxiPyramidLayerDownFree(NoxiPyramidLayerState *state) { return release(state); }
 NoxStatus noxiPyramidLayerUpFree(NoxiPyramidLayerState *state) { return release(state); }
 
-#define NOX_LAYER_STATE(DIRECTION, TAPS, TAG, TYPE, CHANNELS)                                                          \
-    NoxStatus noxiPyramidLayer##DIRECTION##InitAlloc_##TAG##_C##CHANNELS##R(                                           \
-        NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate, const TAPS *kernel, int kernelSize, int mode) {      \
+#define NOX_LAYER_STATE(INIT_ALLOC_FUNCTION, FREE_FUNCTION, DIRECTION, TAPS, TYPE, CHANNELS)                           \
+    NoxStatus INIT_ALLOC_FUNCTION(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate, const TAPS *kernel,        \
+                                  int kernelSize, int mode) {                                                          \
         return ownPyramidLayer##DIRECTION##InitAlloc(state, roi, rate, kernel, kernelSize, mode, TYPE, CHANNELS);      \
     }                                                                                                                  \
-    NoxStatus noxiPyramidLayer##DIRECTION##Free_##TAG##_C##CHANNELS##R(NoxiPyramidLayerState *state) {                 \
-        return release(state);                                                                                         \
-    }
-#define NOX_LAYER_STATES(DIRECTION, CHANNELS)                                                                          \
-    NOX_LAYER_STATE(DIRECTION, Nox16s, 8u, pyramidType8u, CHANNELS)                                                    \
-    NOX_LAYER_STATE(DIRECTION, Nox16s, 16u, pyramidType16u, CHANNELS)                                                  \
-    NOX_LAYER_STATE(DIRECTION, Nox32f, 32f, pyramidType32f, CHANNELS)
-NOX_LAYER_STATES(Down, 1)
-NOX_LAYER_STATES(Down, 3)
-NOX_LAYER_STATES(Up, 1)
-NOX_LAYER_STATES(Up, 3)
+    NoxStatus FREE_FUNCTION(NoxiPyramidLayerState *state) { return release(state); }
+#define NOX_LAYER_STATES(INIT_ALLOC_8U_FUNCTION, FREE_8U_FUNCTION, INIT_ALLOC_16U_FUNCTION, FREE_16U_FUNCTION,         \
+                         INIT_ALLOC_32F_FUNCTION, FREE_32F_FUNCTION, DIRECTION, CHANNELS)                              \
+    NOX_LAYER_STATE(INIT_ALLOC_8U_FUNCTION, FREE_8U_FUNCTION, DIRECTION, Nox16s, pyramidType8u, CHANNELS)              \
+    NOX_LAYER_STATE(INIT_ALLOC_16U_FUNCTION, FREE_16U_FUNCTION, DIRECTION, Nox16s, pyramidType16u, CHANNELS)           \
+    NOX_LAYER_STATE(INIT_ALLOC_32F_FUNCTION, FREE_32F_FUNCTION, DIRECTION, Nox32f, pyramidType32f, CHANNELS)
+NOX_LAYER_STATES(noxiPyramidLayerDownInitAlloc_8u_C1R, noxiPyramidLayerDownFree_8u_C1R,
+                 noxiPyramidLayerDownInitAlloc_16u_C1R, noxiPyramidLayerDownFree_16u_C1R,
+                 noxiPyramidLayerDownInitAlloc_32f_C1R, noxiPyramidLayerDownFree_32f_C1R, Down, 1)
+NOX_LAYER_STATES(noxiPyramidLayerDownInitAlloc_8u_C3R, noxiPyramidLayerDownFree_8u_C3R,
+                 noxiPyramidLayerDownInitAlloc_16u_C3R, noxiPyramidLayerDownFree_16u_C3R,
+                 noxiPyramidLayerDownInitAlloc_32f_C3R, noxiPyramidLayerDownFree_32f_C3R, Down, 3)
+NOX_LAYER_STATES(noxiPyramidLayerUpInitAlloc_8u_C1R, noxiPyramidLayerUpFree_8u_C1R, noxiPyramidLayerUpInitAlloc_16u_C1R,
+                 noxiPyramidLayerUpFree_16u_C1R, noxiPyramidLayerUpInitAlloc_32f_C1R, noxiPyramidLayerUpFree_32f_C1R,
+                 Up, 1)
+NOX_LAYER_STATES(noxiPyramidLayerUpInitAlloc_8u_C3R, noxiPyramidLayerUpFree_8u_C3R, noxiPyramidLayerUpInitAlloc_16u_C3R,
+                 noxiPyramidLayerUpFree_16u_C3R, noxiPyramidLayerUpInitAlloc_32f_C3R, noxiPyramidLayerUpFree_32f_C3R,
+                 Up, 3)

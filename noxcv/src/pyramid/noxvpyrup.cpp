@@ -507,14 +507,14 @@ NoxStatus up(const T *src, int srcStep, NoxiSize srcRoi, T *dst, int dstStep, No
 
 } // namespace
 
-#define NOX_LAYER_UP(TYPE, TAG, CHANNELS)                                                                              \
-    NoxStatus noxiPyramidLayerUp_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst,      \
-                                                        int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state) {  \
+#define NOX_LAYER_UP(FUNCTION, TYPE, CHANNELS)                                                                         \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst, int dstStep, NoxiSize dstRoi,         \
+                       NoxiPyramidLayerState *state) {                                                                 \
         return up<TYPE, CHANNELS>(src, srcStep, srcRoi, dst, dstStep, dstRoi, state);                                  \
     }
-NOX_LAYER_UP(Nox8u, 8u, 1)
-NOX_LAYER_UP(Nox8u, 8u, 3)
-NOX_LAYER_UP(Nox16u, 16u, 1)
-NOX_LAYER_UP(Nox16u, 16u, 3)
-NOX_LAYER_UP(Nox32f, 32f, 1)
-NOX_LAYER_UP(Nox32f, 32f, 3)
+NOX_LAYER_UP(noxiPyramidLayerUp_8u_C1R, Nox8u, 1)
+NOX_LAYER_UP(noxiPyramidLayerUp_8u_C3R, Nox8u, 3)
+NOX_LAYER_UP(noxiPyramidLayerUp_16u_C1R, Nox16u, 1)
+NOX_LAYER_UP(noxiPyramidLayerUp_16u_C3R, Nox16u, 3)
+NOX_LAYER_UP(noxiPyramidLayerUp_32f_C1R, Nox32f, 1)
+NOX_LAYER_UP(noxiPyramidLayerUp_32f_C3R, Nox32f, 3)

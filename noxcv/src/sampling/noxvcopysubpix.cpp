@@ -75,17 +75,17 @@ NoxStatus shift(const S *src, int srcStep, D *dst, int dstStep, NoxiSize roi, fl
 
 } // namespace
 
-#define NOX_SHIFT(SOURCE, DESTINATION, TAG)                                                                            \
-    NoxStatus noxiCopySubpix_##TAG##_C1R(const SOURCE *src, int srcStep, DESTINATION *dst, int dstStep, NoxiSize roi,  \
-                                         Nox32f dx, Nox32f dy) {                                                       \
+#define NOX_SHIFT(FUNCTION, SOURCE, DESTINATION)                                                                       \
+    NoxStatus FUNCTION(const SOURCE *src, int srcStep, DESTINATION *dst, int dstStep, NoxiSize roi, Nox32f dx,         \
+                       Nox32f dy) {                                                                                    \
         return shift(src, srcStep, dst, dstStep, roi, dx, dy);                                                         \
     }
 
-NOX_SHIFT(Nox8u, Nox8u, 8u)
-NOX_SHIFT(Nox16u, Nox16u, 16u)
-NOX_SHIFT(Nox8u, Nox32f, 8u32f)
-NOX_SHIFT(Nox16u, Nox32f, 16u32f)
-NOX_SHIFT(Nox32f, Nox32f, 32f)
+NOX_SHIFT(noxiCopySubpix_8u_C1R, Nox8u, Nox8u)
+NOX_SHIFT(noxiCopySubpix_16u_C1R, Nox16u, Nox16u)
+NOX_SHIFT(noxiCopySubpix_8u32f_C1R, Nox8u, Nox32f)
+NOX_SHIFT(noxiCopySubpix_16u32f_C1R, Nox16u, Nox32f)
+NOX_SHIFT(noxiCopySubpix_32f_C1R, Nox32f, Nox32f)
 
 NoxStatus noxiCopySubpix_8u16u_C1R_Sfs(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi, Nox32f dx,
                                        Nox32f dy, int scaleFactor) {

@@ -350,20 +350,19 @@ NoxStatus undistortRadial(const T *src, int srcStep, T *dst, int dstStep, NoxiSi
 
 } // namespace
 
-#define NOX_UNDISTORT(TYPE, TAG, CHANNELS)                                                                             \
-    NoxStatus noxiUndistortRadial_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,         \
-                                                         NoxiSize roi, Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy,     \
-                                                         Nox32f k1, Nox32f k2, Nox8u *buffer) {                        \
+#define NOX_UNDISTORT(FUNCTION, TYPE, CHANNELS)                                                                        \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, Nox32f fx, Nox32f fy,       \
+                       Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2, Nox8u *buffer) {                                    \
         return undistortRadial<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, {fx, fy, cx, cy, k1, k2, 0, 0},        \
                                                buffer);                                                                \
     }
 
-NOX_UNDISTORT(Nox8u, 8u, 1)
-NOX_UNDISTORT(Nox16u, 16u, 1)
-NOX_UNDISTORT(Nox32f, 32f, 1)
-NOX_UNDISTORT(Nox8u, 8u, 3)
-NOX_UNDISTORT(Nox16u, 16u, 3)
-NOX_UNDISTORT(Nox32f, 32f, 3)
+NOX_UNDISTORT(noxiUndistortRadial_8u_C1R, Nox8u, 1)
+NOX_UNDISTORT(noxiUndistortRadial_16u_C1R, Nox16u, 1)
+NOX_UNDISTORT(noxiUndistortRadial_32f_C1R, Nox32f, 1)
+NOX_UNDISTORT(noxiUndistortRadial_8u_C3R, Nox8u, 3)
+NOX_UNDISTORT(noxiUndistortRadial_16u_C3R, Nox16u, 3)
+NOX_UNDISTORT(noxiUndistortRadial_32f_C3R, Nox32f, 3)
 
 NoxStatus noxiCreateMapCameraUndistort_32f_C1R(Nox32f *xMap, int xMapStep, Nox32f *yMap, int yMapStep, NoxiSize roi,
                                                Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
