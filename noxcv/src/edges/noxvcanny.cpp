@@ -15,6 +15,7 @@
 #include <type_traits>
 
 #include "checks.h"
+#include "frame/noxvrowring.h"
 #include "frame/noxvworkbuffer.h"
 #include "noxcv/edges.h"
 #include "numerics.h"
@@ -185,7 +186,7 @@ struct Workspace {
     }
     Nox8u *mapRow(int y) const { return map + std::size_t(y + 1) * pitch + 1; }
     /// Pixel 0 of the ring row that holds image row y; row -1 is ring row 0.
-    M *ringRow(int y) const { return ring + std::size_t((y + 1) % ringRows) * pitch + 1; }
+    M *ringRow(int y) const { return RowRing<M>(ring, ringRows, pitch, 1)[y + 1]; }
     void *stack() const { return ring + std::size_t(ringRows) * pitch; }
 };
 

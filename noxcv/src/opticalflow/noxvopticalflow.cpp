@@ -7,11 +7,11 @@
 
 #include "checks.h"
 #include "filter/noxvfilterborder.h"
+#include "frame/noxvdatatype.h"
 #include "frame/owncvomp.h"
 #include "noxcv/filter.h"
 #include "noxcv/primitives.h"
 #include "noxvopticalflowpoint.h"
-#include "pyramid/noxvpyrlayer.h"
 #include "rows.h"
 
 using namespace nox;
@@ -36,7 +36,7 @@ long long scharrBytes(ScharrSize query, NoxiSize roi) {
 /// Bytes of the buffer, or -1 when an int cannot tell them.
 long long bufferBytes(NoxiSize roi, long long winSize, long long threads, int dataType) {
     constexpr long long largest = std::numeric_limits<int>::max();
-    const bool bytes = dataType == pyramidType8u;
+    const bool bytes = dataType == dataType8u;
     const long long width = static_cast<long long>(roi.width) + planeMargin,
                     height = static_cast<long long>(roi.height) + planeMargin;
     // Windows of 2^14 are too large anyway, and so are 2^23 threads; the limits keep the terms below in 64 bits.
@@ -51,7 +51,7 @@ long long bufferBytes(NoxiSize roi, long long winSize, long long threads, int da
                                        extended);
     if (horiz < 0 || vert < 0)
         return -1;
-    const long long p = (winSize + 3) * (winSize + 3), planes = dataType == pyramidType16u ? 3 : 2,
+    const long long p = (winSize + 3) * (winSize + 3), planes = dataType == dataType16u ? 3 : 2,
                     s = std::max(horiz, vert) + width * height * planes,
                     a = (4 * winSize + 12) * (winSize + 3) * 2 + 4 * p;
     const long long size =
@@ -202,11 +202,6 @@ private:
     int numPoints_, maxLevel_, slices_, coarsest_;
 };
 
-template <class T>
-constexpr int selectorOf() {
-    return std::is_same_v<T, Nox8u> ? pyramidType8u : std::is_same_v<T, Nox16u> ? pyramidType16u : pyramidType32f;
-}
-
 /// The threshold of the call is in place of its square.
 template <class T>
 NoxStatus track(FlowCall call, int numPoints, int maxLevel, const NoxiOptFlowPyrLKState *state) {
@@ -219,7 +214,7 @@ NoxStatus track(FlowCall call, int numPoints, int maxLevel, const NoxiOptFlowPyr
         require(maxLevel >= 0 && call.maxIter >= 1, noxStsBadArgument),
         require(!(call.squaredThreshold < 0), noxStsBadArgument),
         require(maxLevel <= call.pyramid1->level && maxLevel <= call.pyramid2->level, noxStsBadArgument),
-        require(state->dataType == selectorOf<T>(), noxStsBadArgument));
+        require(state->dataType == dataTypeOf<T>, noxStsBadArgument));
     if (status != noxStsNoError)
         return status;
     call.squaredThreshold *= call.squaredThreshold;
@@ -262,7 +257,7 @@ NoxStatus ownOpticalFlowPyrLKInitAlloc(NoxiOptFlowPyrLKState **state, NoxiSize r
 
 #define NOX_TRACKER(INIT_ALLOC_FUNCTION, FREE_FUNCTION, FUNCTION, TYPE)                                                \
     NoxStatus INIT_ALLOC_FUNCTION(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize, int hint) {                \
-        return ownOpticalFlowPyrLKInitAlloc(state, roi, winSize, hint, selectorOf<TYPE>());                            \
+        return ownOpticalFlowPyrLKInitAlloc(state, roi, winSize, hint, dataTypeOf<TYPE>);                              \
     }                                                                                                                  \
     NoxStatus FREE_FUNCTION(NoxiOptFlowPyrLKState *state) { return freeState(state); }                                 \
     NoxStatus FUNCTION(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2, const NoxiPoint32f *prevPts,          \

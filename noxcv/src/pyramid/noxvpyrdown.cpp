@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "borders.h"
+#include "frame/noxvrowring.h"
 #include "noxvpyrlayer.h"
 #include "numerics.h"
 
@@ -274,7 +275,7 @@ public:
         : src_(src), roi_(roi), kernel_(static_cast<const Tap *>(state.kernel)), size_(state.kernelSize),
           slots_(std::min(size_, roi.height)), count_(static_cast<std::ptrdiff_t>(roi.width) * Channels),
           window_(scratch.take<const Cell *>(size_)), held_(scratch.take<int>(slots_)),
-          ring_(scratch.take<Cell>(slots_ * count_)), plane_(scratch.take<Plane>(count_)),
+          ring_(scratch.take<Cell>(slots_ * count_), slots_, count_), plane_(scratch.take<Plane>(count_)),
           padded_(scratch.take<T>(count_ + (size_ - 1) * Channels)) {
         std::fill_n(held_, slots_, -1);
     }
@@ -299,7 +300,7 @@ private:
     /// Source row y, filtered along the row; at most as many as the kernel has taps are held.
     const Cell *filtered(int y) {
         const int slot = y % slots_;
-        Cell *cells = ring_ + slot * count_;
+        Cell *cells = ring_[y];
         if (held_[slot] == y)
             return cells;
         held_[slot] = y;
@@ -336,7 +337,7 @@ private:
     std::ptrdiff_t count_;
     const Cell **window_;
     int *held_;
-    Cell *ring_;
+    RowRing<Cell> ring_;
     Plane *plane_;
     T *padded_;
 };

@@ -9,6 +9,7 @@
 
 #include "borders.h"
 #include "checks.h"
+#include "frame/noxvdatatype.h"
 #include "frame/noxvrowring.h"
 #include "frame/noxvworkbuffer.h"
 #include "noxcv/pyramid.h"
@@ -21,7 +22,6 @@ namespace {
 
 constexpr int bufferAlignment = 32, rowAlignment = 16;
 constexpr int downRows = 6, upRows = 3;
-enum DataType { type8u = 1, type8s = 3, type32f = 13 };
 
 /// Bytes of the row accumulators with room to align them: six rows of the width on the way down, three of twice the
 /// width on the way up, 32 bits an element.
@@ -35,7 +35,7 @@ constexpr long long upBytes(long long width, int channels) {
 NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, long long (*bytes)(long long, int)) {
     const NoxStatus status = firstFailure(
         checkPointers(size), checkLength(width), require(channels == 1 || channels == 3, noxStsBadChannelCount),
-        require(dataType == type8u || dataType == type8s || dataType == type32f, noxStsBadDataType));
+        require(dataType == dataType8u || dataType == dataType8s || dataType == dataType32f, noxStsBadDataType));
     return status != noxStsNoError ? status : storeSize(bytes(width, channels), size);
 }
 

@@ -98,28 +98,27 @@ long long upBytes(NoxiSize roi, long long n, long long channels, bool floating) 
 }
 
 long long downBytes(NoxiSize roi, long long n, long long channels, int dataType) {
-    const bool floating = dataType == pyramidType32f;
+    const bool floating = dataType == dataType32f;
     const long long w = roi.width, h = roi.height, t = roundUp(w * channels, floating ? 4LL : 8LL);
     const long long plane = limitedProduct(limitedProduct(n + h, n + t), 4);
     const long long base = limitedSum(plane, std::max(t, h) * channels * 4 + n * (floating ? 4 : 2));
     if (w <= n || h <= n)
         return limitedSum(base, 140);
-    const long long element = floating ? 4 : dataType == pyramidType16u ? 2 : 1;
+    const long long element = floating ? 4 : dataType == dataType16u ? 2 : 1;
     const long long ends = limitedProduct((n / 2 + n) * element * channels * 2, n), ring = limitedProduct(t * 4, n);
     return limitedSum(limitedSum(base, 240 + n * 52), limitedSum(ends, ring));
 }
 
 NoxStatus initAlloc(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate, const void *kernel, int kernelSize,
                     int mode, int dataType, int channels, bool down) {
-    const NoxStatus status =
-        firstFailure(checkPointers(state, kernel), checkSize(roi), require(mode == 2, noxStsBadArgument),
-                     checkRate(rate), require(kernelSize >= 3 && kernelSize % 2 == 1, noxStsBadArgument),
-                     require(channels == 1 || channels == 3, noxStsBadChannelCount),
-                     require(dataType == pyramidType8u || dataType == pyramidType16u || dataType == pyramidType32f,
-                             noxStsBadDataType));
+    const NoxStatus status = firstFailure(
+        checkPointers(state, kernel), checkSize(roi), require(mode == 2, noxStsBadArgument), checkRate(rate),
+        require(kernelSize >= 3 && kernelSize % 2 == 1, noxStsBadArgument),
+        require(channels == 1 || channels == 3, noxStsBadChannelCount),
+        require(dataType == dataType8u || dataType == dataType16u || dataType == dataType32f, noxStsBadDataType));
     if (status != noxStsNoError)
         return status;
-    const bool floating = dataType == pyramidType32f;
+    const bool floating = dataType == dataType32f;
     const long long bytes =
         limitedSum(down ? downBytes(roi, kernelSize, channels, dataType) : upBytes(roi, kernelSize, channels, floating),
                    widerRecord);
@@ -165,8 +164,7 @@ NoxStatus release(NoxiPyramidLayerState *state) {
 
 long long nox::upLayerScratchWords(const NoxiPyramidLayerState &state, int channels) {
     const long long bytes =
-        upBytes({state.width, state.height}, state.kernelSize, channels, state.dataType == pyramidType32f) +
-        widerRecord;
+        upBytes({state.width, state.height}, state.kernelSize, channels, state.dataType == dataType32f) + widerRecord;
     const auto *begin = reinterpret_cast<const Nox8u *>(&state);
     return (bytes - (state.work - begin)) / static_cast<long long>(sizeof(Nox32f));
 }
@@ -192,9 +190,9 @@ NoxStatus noxiPyramidLayerUpFree(NoxiPyramidLayerState *state) { return release(
     NoxStatus FREE_FUNCTION(NoxiPyramidLayerState *state) { return release(state); }
 #define NOX_LAYER_STATES(INIT_ALLOC_8U_FUNCTION, FREE_8U_FUNCTION, INIT_ALLOC_16U_FUNCTION, FREE_16U_FUNCTION,         \
                          INIT_ALLOC_32F_FUNCTION, FREE_32F_FUNCTION, DIRECTION, CHANNELS)                              \
-    NOX_LAYER_STATE(INIT_ALLOC_8U_FUNCTION, FREE_8U_FUNCTION, DIRECTION, Nox16s, pyramidType8u, CHANNELS)              \
-    NOX_LAYER_STATE(INIT_ALLOC_16U_FUNCTION, FREE_16U_FUNCTION, DIRECTION, Nox16s, pyramidType16u, CHANNELS)           \
-    NOX_LAYER_STATE(INIT_ALLOC_32F_FUNCTION, FREE_32F_FUNCTION, DIRECTION, Nox32f, pyramidType32f, CHANNELS)
+    NOX_LAYER_STATE(INIT_ALLOC_8U_FUNCTION, FREE_8U_FUNCTION, DIRECTION, Nox16s, dataType8u, CHANNELS)                 \
+    NOX_LAYER_STATE(INIT_ALLOC_16U_FUNCTION, FREE_16U_FUNCTION, DIRECTION, Nox16s, dataType16u, CHANNELS)              \
+    NOX_LAYER_STATE(INIT_ALLOC_32F_FUNCTION, FREE_32F_FUNCTION, DIRECTION, Nox32f, dataType32f, CHANNELS)
 NOX_LAYER_STATES(noxiPyramidLayerDownInitAlloc_8u_C1R, noxiPyramidLayerDownFree_8u_C1R,
                  noxiPyramidLayerDownInitAlloc_16u_C1R, noxiPyramidLayerDownFree_16u_C1R,
                  noxiPyramidLayerDownInitAlloc_32f_C1R, noxiPyramidLayerDownFree_32f_C1R, Down, 1)

@@ -9,6 +9,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "frame/noxvrowring.h"
 #include "frame/noxvworkbuffer.h"
 #include "noxcv/primitives.h"
 #include "noxvpyrlayer.h"
@@ -377,7 +378,7 @@ private:
     /// Row i of the source, spread over the strip and scaled, its channels apart.
     const Row *spreadRow(int i, int begin) {
         const int columns = table_.columns, slot = (i + kernel_.half()) % depth_;
-        Row *row = rows_ + static_cast<std::ptrdiff_t>(slot) * Channels * columns;
+        Row *row = RowRing<Row>(rows_, depth_, std::ptrdiff_t{Channels} * columns)[i + kernel_.half()];
         if (held_[slot] == i)
             return row;
         held_[slot] = i;
