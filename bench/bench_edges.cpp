@@ -36,11 +36,14 @@ bench::Work cannyWork(Entry entry, const bench::Image<T> &dx, const bench::Image
     int bytes = 0;
     noxiCannyGetSize(size, &bytes);
     const bench::Buffer buffer(bytes);
-    return {
-        [=] {
-            entry(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low, high, buffer.data());
-        },
-        [=] { reference::canny(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low, high); }};
+    return {[=] {
+                entry(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low, high,
+                      buffer.data());
+            },
+            [=] {
+                reference::canny::canny(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low,
+                                        high);
+            }};
 }
 
 template <class T, class Entry>
@@ -97,7 +100,7 @@ void addColorToGray(const char *name, Entry entry, int norm) {
                             [=] {
                                 for (std::size_t i = 0; i < dst.count(); ++i) {
                                     const T *s = src.data() + 3 * i;
-                                    dst.data()[i] = reference::colorToGray(s[0], s[1], s[2], norm);
+                                    dst.data()[i] = reference::canny::colorToGray(s[0], s[1], s[2], norm);
                                 }
                             }};
                 }});
@@ -108,9 +111,11 @@ void addAbsDiff(const char *name, Entry entry) {
     bench::add({name, 2.0 * sizeof(T), sizeof(T), false, [entry](NoxiSize size) -> bench::Work {
                     const auto a = bench::picture<T>(size, 1, 1), b = bench::picture<T>(size, 1, 2);
                     const bench::Image<T> d(size);
-                    return {
-                        [=] { entry(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size); },
-                        [=] { reference::absDiff(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size); }};
+                    return {[=] { entry(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size); },
+                            [=] {
+                                reference::absdiff::absDiff(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(),
+                                                            size);
+                            }};
                 }});
 }
 
@@ -122,7 +127,7 @@ void addAbsDiffC(const char *name, Entry entry, Value value) {
                     return {[=] { entry(a.data(), a.step(), d.data(), d.step(), size, value); },
                             [=] {
                                 for (std::size_t i = 0; i < d.count(); ++i)
-                                    d.data()[i] = reference::absDiff(a.data()[i], static_cast<T>(value));
+                                    d.data()[i] = reference::absdiff::absDiff(a.data()[i], static_cast<T>(value));
                             }};
                 }});
 }

@@ -143,8 +143,9 @@ struct Job {
     }
     void trackPlain() {
         next = prev;
-        reference::opticalFlow<T>(first.get(), second.get(), prev.data(), next.data(), status.data(), error.data(),
-                                  pointCount, winSize, lastLevel, maxIter, threshold, coarse);
+        reference::opticalflow::opticalFlow<T>(first.get(), second.get(), prev.data(), next.data(), status.data(),
+                                               error.data(), pointCount, winSize, lastLevel, maxIter, threshold,
+                                               coarse);
     }
 };
 
