@@ -12,8 +12,8 @@ target_compile_options(noxcv_flags INTERFACE
 target_compile_definitions(noxcv_flags INTERFACE $<$<BOOL:${NOXCV_BASELINE}>:NOXCV_BASELINE>)
 if(NOXCV_SANITIZE)
   target_compile_options(noxcv_flags INTERFACE
-    # Pixels need no alignment: the library promises to take any address.
-    -fsanitize=address,undefined -fno-sanitize=alignment -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # The alignment check is part of it: pixels lie at any address, and code that forgets it is found here.
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   # The instrumentation makes the compiler lose track of what the standard library has initialised.
   target_compile_options(noxcv_flags INTERFACE -Wno-maybe-uninitialized)
   target_link_options(noxcv_flags INTERFACE -fsanitize=address,undefined)
@@ -23,6 +23,7 @@ endif()
 add_library(noxcv_library_flags INTERFACE)
 target_compile_options(noxcv_library_flags INTERFACE
   -fno-semantic-interposition -fno-exceptions -fno-rtti
+  $<$<BOOL:${NOXCV_TUNE}>:-mtune=${NOXCV_TUNE}>
   # Old callers keep the stack aligned to 4 bytes only. Said in both ways: with the first alone, the compiler would not
   # inline plain functions into those of the wide tier.
   $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign>
