@@ -15,6 +15,7 @@
 #include "noxcv/primitives.h"
 #include "noxcv/pyramid.h"
 #include "noxcv/sampling.h"
+#include "noxcv/segmentation.h"
 #include "noxcv/statistics.h"
 #include "noxtypes.h"
 

@@ -1,0 +1,104 @@
+// Segmentation: flood fills, labels and boundaries, watersheds and growth along gradients.
+#include <array>
+#include <memory>
+#include <string>
+
+#include "bench.h"
+#include "noxcv.h"
+#include "reference/floodfill.h"
+
+namespace {
+
+using reference::floodfill::Kind;
+
+enum class Pattern { Empty, Comb, Checkerboard };
+
+/// Fills a picture again and again, with two values in turn.
+template <class T, class Call>
+bench::Work fillWork(NoxiSize size, int channels, Kind kind, bool diagonal, Pattern pattern, Call call) {
+    const bench::Image<T> image(size, channels);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x)
+            for (int c = 0; c < channels; ++c)
+                image.data()[(std::size_t(y) * size.width + x) * channels + c] =
+                    pattern == Pattern::Empty || (pattern == Pattern::Comb && (y == 0 || x % 2 == 0)) ||
+                            (pattern == Pattern::Checkerboard && (x + y) % 2 == 0)
+                        ? T(1)
+                        : T(100);
+    int bytes = 0;
+    if (kind == Kind::Gradient)
+        noxiFloodFillGetSize_Grad(size, &bytes);
+    else
+        noxiFloodFillGetSize(size, &bytes);
+    const bench::Image<Nox8u> buffer({bytes, 1});
+    const auto next = std::make_shared<int>(2);
+    const NoxiPoint seed = {size.width / 2 * 2 / 2, 0};
+    const auto color = [=] {
+        *next = 3 - *next;
+        return std::array<T, 3>{T(*next), T(*next), T(*next)};
+    };
+    return {[=] {
+                const auto value = color();
+                const std::array<T, 3> delta{};
+                NoxiConnectedRegion region;
+                call(image.data(), image.step(), size, seed, value.data(), delta.data(), &region, buffer.data());
+            },
+            [=] {
+                NoxiConnectedRegion region;
+                reference::floodfill::fill(kind, reference::floodfill::View<T>{image.data(), image.step(), channels},
+                                           size, seed, diagonal, color(), {}, {}, region);
+            }};
+}
+
+template <class T, class Call>
+void addFill(const char *name, int channels, Kind kind, bool diagonal, Call call) {
+    const double bytes = channels * double(sizeof(T));
+    bench::add({name, bytes, bytes, false,
+                [=](NoxiSize size) { return fillWork<T>(size, channels, kind, diagonal, Pattern::Empty, call); }});
+    if (channels > 1 || sizeof(T) > 1)
+        return;
+    const std::array<std::pair<Pattern, const char *>, 3> patterns = {{{Pattern::Empty, " on an empty image"},
+                                                                       {Pattern::Comb, " on a comb"},
+                                                                       {Pattern::Checkerboard, " on a checkerboard"}}};
+    for (const auto &[pattern, what] : patterns)
+        bench::add({std::string(name) + what,
+                    bytes,
+                    bytes,
+                    false,
+                    [=, p = pattern](NoxiSize size) { return fillWork<T>(size, channels, kind, diagonal, p, call); },
+                    {{1024, 1024}, {2048, 2048}}});
+}
+
+// One line per member: VALUE is * for the members that take their values by value.
+#define FILL(CON, TAG, CHANNELS, VALUE)                                                                                \
+    addFill<Nox##TAG>("noxiFloodFill_" #CON "Con_" #TAG "_C" #CHANNELS "IR", CHANNELS, Kind::Plain, (CON) == 8,        \
+                      [](Nox##TAG *image, int step, NoxiSize roi, NoxiPoint seed, const Nox##TAG *value,               \
+                         const Nox##TAG *, NoxiConnectedRegion *region, Nox8u *buffer) {                               \
+                          noxiFloodFill_##CON##Con_##TAG##_C##CHANNELS##IR(image, step, roi, seed, VALUE value,        \
+                                                                           region, buffer);                            \
+                      });
+#define FILL_DELTA(KIND, CON, TAG, CHANNELS, VALUE)                                                                    \
+    addFill<Nox##TAG>("noxiFloodFill_" #KIND #CON "Con_" #TAG "_C" #CHANNELS "IR", CHANNELS,                           \
+                      std::string(#KIND) == "Grad" ? Kind::Gradient : Kind::Range, (CON) == 8,                         \
+                      [](Nox##TAG *image, int step, NoxiSize roi, NoxiPoint seed, const Nox##TAG *value,               \
+                         const Nox##TAG *delta, NoxiConnectedRegion *region, Nox8u *buffer) {                          \
+                          noxiFloodFill_##KIND##CON##Con_##TAG##_C##CHANNELS##IR(                                      \
+                              image, step, roi, seed, VALUE value, VALUE delta, VALUE delta, region, buffer);          \
+                      });
+#define FILLS(CON, TAG, CHANNELS, VALUE)                                                                               \
+    FILL(CON, TAG, CHANNELS, VALUE)                                                                                    \
+    FILL_DELTA(Range, CON, TAG, CHANNELS, VALUE)                                                                       \
+    FILL_DELTA(Grad, CON, TAG, CHANNELS, VALUE)
+
+const bench::Registrar registrar([] {
+    FILLS(4, 8u, 1, *)
+    FILLS(8, 8u, 1, *)
+    FILLS(4, 8u, 3, )
+    FILLS(8, 8u, 3, )
+    FILLS(4, 32f, 1, *)
+    FILLS(8, 32f, 1, *)
+    FILLS(4, 32f, 3, )
+    FILLS(8, 32f, 3, )
+});
+
+} // namespace
