@@ -6,6 +6,7 @@
 #include "bench.h"
 #include "noxcv.h"
 #include "reference/floodfill.h"
+#include "reference/segments.h"
 
 namespace {
 
@@ -90,6 +91,43 @@ void addFill(const char *name, int channels, Kind kind, bool diagonal, Call call
     FILL_DELTA(Range, CON, TAG, CHANNELS, VALUE)                                                                       \
     FILL_DELTA(Grad, CON, TAG, CHANNELS, VALUE)
 
+/// Labels in patches of 16 x 16 pixels.
+bench::Image<Nox8u> patches(NoxiSize size) {
+    bench::Image<Nox8u> image(size);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x)
+            image.data()[std::size_t(y) * size.width + x] = Nox8u(1 + (x / 16 * 7 + y / 16 * 13) % 200);
+    return image;
+}
+
+void addBoundSegments(int norm) {
+    bench::add({"noxiBoundSegments_8u_C1IR norm " + std::to_string(norm), 1, 1, false, [norm](NoxiSize size) {
+                    const auto image = patches(size);
+                    return bench::Work{
+                        [=] { noxiBoundSegments_8u_C1IR(image.data(), image.step(), size, 255, norm); },
+                        [=] { reference::segments::bound(image.data(), image.step(), size, 255, norm); }};
+                }});
+}
+
+/// Squares of 10 x 10 pixels that do not touch.
+void addLabelMarkers(int norm) {
+    bench::add({"noxiLabelMarkers_8u_C1IR norm " + std::to_string(norm), 1, 1, false, [norm](NoxiSize size) {
+                    const bench::Image<Nox8u> image(size);
+                    for (int y = 0; y < size.height; ++y)
+                        for (int x = 0; x < size.width; ++x)
+                            image.data()[std::size_t(y) * size.width + x] = x % 16 < 10 && y % 16 < 10 ? 1 : 0;
+                    int bytes = 0, count = 0;
+                    noxiLabelMarkersGetBufferSize_8u_C1R(size, &bytes);
+                    const bench::Image<Nox8u> buffer({bytes, 1});
+                    return bench::Work{
+                        [=]() mutable {
+                            noxiLabelMarkers_8u_C1IR(image.data(), image.step(), size, 1, 254, norm, &count,
+                                                     buffer.data());
+                        },
+                        [=] { reference::segments::label(image.data(), image.step(), size, 1, 254, norm); }};
+                }});
+}
+
 const bench::Registrar registrar([] {
     FILLS(4, 8u, 1, *)
     FILLS(8, 8u, 1, *)
@@ -99,6 +137,10 @@ const bench::Registrar registrar([] {
     FILLS(8, 32f, 1, *)
     FILLS(4, 32f, 3, )
     FILLS(8, 32f, 3, )
+    for (const int norm : {0, 1}) {
+        addLabelMarkers(norm);
+        addBoundSegments(norm);
+    }
 });
 
 } // namespace

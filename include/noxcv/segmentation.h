@@ -171,6 +171,41 @@ NOX_API NoxStatus noxiFloodFill_Grad8Con_32f_C3IR(Nox32f *image, int imageStep, 
 NOX_API NoxStatus noxiFloodFillGetSize_Grad(NoxiSize roi, int *size);
 /** @} */
 
+/**
+ * @name Labels of connected components
+ * Numbers, in place, the connected components of the pixels that are not zero, in the raster order of their first
+ * pixels: minLabel, minLabel + 1 and so on to maxLabel, then from minLabel again. Norm 1 takes 4 neighbours as
+ * connected, norm 0 takes 8.
+ * @{
+ */
+/**
+ * Labels the components and writes their number to count.
+ *
+ * @param buffer  of the size that noxiLabelMarkersGetBufferSize_8u_C1R tells for this roi; any alignment.
+ *
+ * Status, in this order: noxStsNullPointer (markers, buffer, count), noxStsBadSize (also for an image whose buffer size
+ * an int does not hold), noxStsBadStep, noxStsBadArgument unless 1 <= minLabel <= maxLabel < 255 and norm is 0 or 1.
+ */
+NOX_API NoxStatus noxiLabelMarkers_8u_C1IR(Nox8u *markers, int markerStep, NoxiSize roi, int minLabel, int maxLabel,
+                                           int norm, int *count, Nox8u *buffer);
+/**
+ * Writes the bytes of the buffer, which are those of noxiFloodFillGetSize.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize.
+ */
+NOX_API NoxStatus noxiLabelMarkersGetBufferSize_8u_C1R(NoxiSize roi, int *size);
+/** @} */
+
+/**
+ * Draws one-pixel boundaries between labelled areas, in place: in raster order, a pixel becomes value when one of its
+ * neighbours that have been passed, as it is by then, is not value and differs from the pixel. Those are the left one
+ * and the one above for norm 1, the left one and the three above for norm 0. So a boundary falls on the later of two
+ * pixels that differ, and none is drawn beside what is value already.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsBadArgument (norm is neither 0 nor 1).
+ */
+NOX_API NoxStatus noxiBoundSegments_8u_C1IR(Nox8u *markers, int markerStep, NoxiSize roi, Nox8u value, int norm);
+
 NOX_END_DECLS
 
 #endif
