@@ -1,12 +1,15 @@
 // Segmentation: flood fills, labels and boundaries, watersheds and growth along gradients.
 #include <array>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "bench.h"
 #include "noxcv.h"
 #include "reference/floodfill.h"
 #include "reference/segments.h"
+#include "reference/watershed.h"
 
 namespace {
 
@@ -128,6 +131,69 @@ void addLabelMarkers(int norm) {
                 }});
 }
 
+/// A picture and 200 labelled pixels, which each call gets anew.
+struct Seeded {
+    Seeded(NoxiSize roi, int channels) : size(roi), src(bench::picture<Nox8u>(roi, channels)), seeds(roi), labels(roi) {
+        std::memset(seeds.data(), 0, seeds.count());
+        for (int i = 0; i < 200; ++i)
+            seeds.data()[std::size_t(i * 2654435761U % 65536U) * seeds.count() / 65536U] = Nox8u(1 + i);
+    }
+    Nox8u *freshLabels() const {
+        std::memcpy(labels.data(), seeds.data(), seeds.count());
+        return labels.data();
+    }
+    reference::watershed::Picture picture() const {
+        return {src.data(), src.step(), src.step() / size.width, freshLabels(), labels.step(), size};
+    }
+    NoxiSize size;
+    bench::Image<Nox8u> src, seeds, labels;
+};
+
+const std::vector<NoxiSize> watershedSizes = {{64, 64}, {640, 480}, {1024, 1024}};
+
+void addWatershed(int norm, int flag) {
+    const bool queue = (flag & 1) != 0;
+    bench::add({"noxiSegmentWatershed_8u_C1IR " + std::string(queue ? "queue" : "cost") + " norm " +
+                    std::to_string(norm) + " flag " + std::to_string(flag),
+                2, 1, false,
+                [=](NoxiSize size) {
+                    const Seeded s(size, 1);
+                    int bytes = 0;
+                    noxiSegmentWatershedGetBufferSize_8u_C1R(size, &bytes);
+                    const bench::Image<Nox8u> buffer({bytes, 1});
+                    return bench::Work{[=] {
+                                           noxiSegmentWatershed_8u_C1IR(s.src.data(), s.src.step(), s.freshLabels(),
+                                                                        s.labels.step(), size, norm, flag,
+                                                                        buffer.data());
+                                       },
+                                       [=] {
+                                           if (queue)
+                                               reference::watershed::byHeap(s.picture(), norm);
+                                           else
+                                               reference::watershed::byCost(s.picture(), norm);
+                                       }};
+                },
+                watershedSizes});
+}
+
+template <class Entry>
+void addSegmentGradient(const char *name, int channels, int norm, int flag, Entry entry) {
+    bench::add({std::string(name) + " norm " + std::to_string(norm) + " flag " + std::to_string(flag), channels + 1.0,
+                1, false,
+                [=](NoxiSize size) {
+                    const Seeded s(size, channels);
+                    int bytes = 0;
+                    noxiSegmentGradientGetBufferSize_8u_C1R(size, &bytes);
+                    const bench::Image<Nox8u> buffer({bytes, 1});
+                    return bench::Work{[=] {
+                                           entry(s.src.data(), s.src.step(), s.freshLabels(), s.labels.step(), size,
+                                                 norm, flag, buffer.data());
+                                       },
+                                       [=] { reference::watershed::byGradient(s.picture(), norm, flag); }};
+                },
+                watershedSizes});
+}
+
 const bench::Registrar registrar([] {
     FILLS(4, 8u, 1, *)
     FILLS(8, 8u, 1, *)
@@ -140,7 +206,15 @@ const bench::Registrar registrar([] {
     for (const int norm : {0, 1}) {
         addLabelMarkers(norm);
         addBoundSegments(norm);
+        addWatershed(norm, 1);
+        addWatershed(norm, 1 + 64);
+        for (const int flag : {0, 64}) {
+            addSegmentGradient("noxiSegmentGradient_8u_C1IR", 1, norm, flag, noxiSegmentGradient_8u_C1IR);
+            addSegmentGradient("noxiSegmentGradient_8u_C3IR", 3, norm, flag, noxiSegmentGradient_8u_C3IR);
+        }
     }
+    for (int norm = 0; norm < 4; ++norm)
+        addWatershed(norm, 2);
 });
 
 } // namespace

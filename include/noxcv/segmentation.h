@@ -206,6 +206,93 @@ NOX_API NoxStatus noxiLabelMarkersGetBufferSize_8u_C1R(NoxiSize roi, int *size);
  */
 NOX_API NoxStatus noxiBoundSegments_8u_C1IR(Nox8u *markers, int markerStep, NoxiSize roi, Nox8u value, int norm);
 
+/**
+ * @name Watershed
+ * Lets labels grow, in place, over the pixels of label 0 in the order of a relief of grey levels (S. Beucher, F. Meyer,
+ * 1993). Labels are 1 to 254; 255 is a boundary, and one that the caller has drawn does not spread. Bits of flag: 1
+ * asks for the form by queue, 2 for the one by cost (bit 1 goes first); 64 draws boundaries of 255 by the
+ * 4-neighbourhood, 128 by the 8-neighbourhood (64 goes first).
+ *
+ * By queue: norm 1 grows over 4 neighbours, 0 over 8. Labelled pixels with an unlabelled neighbour wait, in raster
+ * order, in a first-in first-out queue of their grey level. Queues are emptied from level 0 up. A pixel that is popped
+ * labels its unlabelled neighbours, in the order left, right, up, down, up left, up right, down left, down right, and
+ * puts each into the queue of the greater of its grey level and the current one. With boundaries, a labelled pixel
+ * becomes 255 before the growth, in raster order, if a neighbour has another label then; and a pixel that is reached
+ * becomes 255 if a neighbour has another label than the one it would get. What is reached from a boundary takes the
+ * label of its neighbours if they have just one, otherwise 255.
+ *
+ * By cost: each pixel gets the label by which it is reached at the least cost: first the highest grey level on the way,
+ * itself and the labelled pixel included, then the length of the way (the level times 2^23 plus the length; the level
+ * starts a new length). Norms: 0, 8 neighbours at 1 each; 1, 4 neighbours at 1; 2, 8 neighbours at 11 straight and 15
+ * diagonal; 3, fronts of the 4-neighbourhood with a unit of 64: behind the better of the horizontal neighbours' costs
+ * and the better of the vertical ones', the smaller plus 64, less a table of what two fronts at a right angle save when
+ * they differ by less than 64. The label comes from the neighbour of the cheapest way, the first in the order left, up
+ * left, up, up right, right, down left, down, down right of equal ones; for norm 3 from that of the smallest cost, in
+ * the order left, right, up, down. Boundaries are drawn afterwards: of two neighbours with different labels the one of
+ * larger cost becomes 255, of equal costs the later one in raster order.
+ *
+ * Pixels that no label reaches keep 0.
+ * @{
+ */
+/**
+ * @param src     the relief; not written.
+ * @param buffer  of the size that noxiSegmentWatershedGetBufferSize_8u_C1R tells for this roi; any alignment.
+ *
+ * Status, in this order: noxStsNullPointer (src, markers, buffer), noxStsBadSize, noxStsBadStep, noxStsBadArgument (by
+ * queue: norm is neither 0 nor 1; by cost: norm outside 0 to 3; neither form asked for), noxStsBadSize for an image
+ * whose buffer size an int does not hold.
+ */
+NOX_API NoxStatus noxiSegmentWatershed_8u_C1IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
+                                               NoxiSize roi, int norm, int flag, Nox8u *buffer);
+/**
+ * Writes the bytes of the buffer: with S the width rounded up to a multiple of 32, the larger of
+ * (2 * height + 2) * S + 4 * S * height + height + 66 and 12 * width * height + 36 + (width + 2) * (height + 2).
+ *
+ * Status: noxStsNullPointer, noxStsBadSize (also beyond an int).
+ */
+NOX_API NoxStatus noxiSegmentWatershedGetBufferSize_8u_C1R(NoxiSize roi, int *size);
+/** @} */
+
+/**
+ * @name Growth along gradients
+ * Lets labels grow, in place, in the order of the smallest difference between neighbouring pixels; with three channels
+ * the largest of the channels' differences. The outer rows and columns of the image become 255, over labels too, and
+ * take no part. Labels are 1 to 254, or 1 to 253 where boundaries are drawn (as 254); 255 takes no part. Norm 1 grows
+ * over 4 neighbours, 0 over 8. Bits of flag: 64 draws boundaries by the 4-neighbourhood, 128 by the 8-neighbourhood (64
+ * goes first).
+ *
+ * Unlabelled pixels wait in first-in first-out queues, one for each difference: at first, in raster order, those with
+ * labelled neighbours, at the smallest difference to one. A pixel is popped from the lowest queue that is not empty. It
+ * takes the label of the labelled neighbour of the smallest difference; of equal ones, in the order left, right, up,
+ * down, up left, up right, down left, down right, the last one whose label is below 254, or else the first. With
+ * boundaries it becomes 254 if a neighbour has another label from 1 to 253. Then its unlabelled neighbours wait, in the
+ * same order, at their difference from it.
+ * @{
+ */
+/**
+ * Growth over grey levels.
+ *
+ * @param src     the picture; not written.
+ * @param buffer  of the size that noxiSegmentGradientGetBufferSize_8u_C1R tells for this roi; any alignment.
+ *
+ * Status, in this order: noxStsNullPointer (src, markers, buffer), noxStsBadSize, noxStsBadStep, noxStsBadArgument
+ * (norm is neither 0 nor 1), noxStsBadSize for an image whose buffer size an int does not hold.
+ */
+NOX_API NoxStatus noxiSegmentGradient_8u_C1IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
+                                              NoxiSize roi, int norm, int flag, Nox8u *buffer);
+/** Growth over colours, with a buffer of the size that noxiSegmentGradientGetBufferSize_8u_C3R tells. */
+NOX_API NoxStatus noxiSegmentGradient_8u_C3IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
+                                              NoxiSize roi, int norm, int flag, Nox8u *buffer);
+/**
+ * Writes the bytes of the buffer: 13 * width * height + 103.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize (also beyond an int).
+ */
+NOX_API NoxStatus noxiSegmentGradientGetBufferSize_8u_C1R(NoxiSize roi, int *size);
+/** The same for three channels. */
+NOX_API NoxStatus noxiSegmentGradientGetBufferSize_8u_C3R(NoxiSize roi, int *size);
+/** @} */
+
 NOX_END_DECLS
 
 #endif
