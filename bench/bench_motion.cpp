@@ -1,6 +1,12 @@
 // Motion: history images and foreground models.
+#include <algorithm>
+#include <memory>
+#include <random>
+#include <vector>
+
 #include "bench.h"
 #include "noxcv.h"
+#include "reference/foreground.h"
 #include "reference/motionhistory.h"
 
 namespace {
@@ -21,10 +27,72 @@ void addMotionHistory(const char *name, Entry entry) {
          }});
 }
 
+constexpr NoxiSize frameSize = {640, 480};
+
+/// A short video that is shown over and over: a picture with noise, and a square that moves over it.
+struct Video {
+    explicit Video(NoxiSize size, int channels) {
+        const auto background = bench::picture<Nox8u>(size, channels);
+        std::mt19937 random(1);
+        for (int t = 0; t < 8; ++t) {
+            frames.emplace_back(size, channels);
+            for (int y = 0; y < size.height; ++y)
+                for (int x = 0; x < size.width; ++x)
+                    for (int c = 0; c < channels; ++c) {
+                        const std::size_t i = (std::size_t(y) * size.width + x) * channels + c;
+                        const bool square = x / 8 >= t && x / 8 < t + 8 && y >= 100 && y < 200;
+                        const int value = (square ? 255 - background.data()[i] : background.data()[i]);
+                        frames.back().data()[i] = Nox8u(std::clamp(value + int(random() % 5) - 2, 0, 255));
+                    }
+        }
+    }
+    const bench::Image<Nox8u> &next() const { return frames[(*number)++ % frames.size()]; }
+    std::vector<bench::Image<Nox8u>> frames;
+    std::shared_ptr<unsigned> number = std::make_shared<unsigned>(0);
+};
+
+template <class Init, class Detect, class Free>
+void addForegroundGaussian(const char *name, int channels, Init init, Detect detect, Free release) {
+    bench::add(
+        {name,
+         double(channels),
+         1,
+         false,
+         [=](NoxiSize size) -> bench::Work {
+             const Video video(size, channels);
+             const bench::Image<Nox8u> mask(size);
+             const bench::Image<Nox8u> &first = video.frames[0];
+             NoxiForegroundGaussianState *made = nullptr;
+             init(first.data(), first.step(), size, &video, &made);
+             const std::shared_ptr<NoxiForegroundGaussianState> state(made, release);
+             const auto model =
+                 std::make_shared<reference::foreground::GaussianModel>(first.data(), first.step(), size, channels);
+             const auto run = [=] {
+                 const bench::Image<Nox8u> &frame = video.next();
+                 detect(frame.data(), frame.step(), frame.data(), 0, mask.data(), mask.step(), size, state.get());
+             };
+             const auto plain = [=] {
+                 const bench::Image<Nox8u> &frame = video.next();
+                 std::vector<Nox8u> result;
+                 model->detect(frame.data(), frame.step(), result);
+             };
+             for (int t = 0; t < 30; ++t) {
+                 run();
+                 plain();
+             }
+             return {run, plain};
+         },
+         {frameSize}});
+}
+
 const bench::Registrar registrar([] {
     addMotionHistory<Nox8u>("noxiUpdateMotionHistory_8u32f_C1IR", noxiUpdateMotionHistory_8u32f_C1IR);
     addMotionHistory<Nox16u>("noxiUpdateMotionHistory_16u32f_C1IR", noxiUpdateMotionHistory_16u32f_C1IR);
     addMotionHistory<Nox32f>("noxiUpdateMotionHistory_32f_C1IR", noxiUpdateMotionHistory_32f_C1IR);
+    addForegroundGaussian("noxiForegroundGaussian_8u_C1R", 1, noxiForegroundGaussianInitAlloc_8u_C1R,
+                          noxiForegroundGaussian_8u_C1R, noxiForegroundGaussianFree_8u_C1R);
+    addForegroundGaussian("noxiForegroundGaussian_8u_C3R", 3, noxiForegroundGaussianInitAlloc_8u_C3R,
+                          noxiForegroundGaussian_8u_C3R, noxiForegroundGaussianFree_8u_C3R);
 });
 
 } // namespace
