@@ -213,12 +213,16 @@ template <int channels>
 void stepRows(Rows<const Nox8u> src, NoxiSize roi, NoxiForegroundGaussianState &state) {
     const Parameters parameters(state);
     const Rows<Nox8u> backgrounds{state.background, state.backgroundStep}, masks{state.mask, state.maskStep};
+    // Mixtures lie one behind the other, and only the first lines of each are touched.
+    constexpr int ahead = 12 * modes * static_cast<int>(sizeof(Gaussian<channels>));
     void *const *mixture = state.mixtures;
     for (int y = 0; y < roi.height; ++y) {
         const Nox8u *x = src[y];
         Nox8u *background = backgrounds[y], *mask = masks[y];
         for (int i = 0; i < roi.width; ++i, ++mixture, x += channels) {
             auto *const gaussians = static_cast<Gaussian<channels> *>(*mixture);
+            __builtin_prefetch(reinterpret_cast<const char *>(gaussians) + ahead, 1);
+            __builtin_prefetch(reinterpret_cast<const char *>(gaussians) + ahead + sizeof(*gaussians), 1);
             *mask++ = step(gaussians, x, parameters);
             for (int c = 0; c < channels; ++c)
                 *background++ = truncateSaturated<Nox8u>(gaussians[0].mean[c] + 0.5);
