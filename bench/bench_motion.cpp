@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <memory>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "bench.h"
@@ -85,6 +86,53 @@ void addForegroundGaussian(const char *name, int channels, Init init, Detect det
          {frameSize}});
 }
 
+/// Detection and, in the second member, the update with its mask.
+template <class Init, class Detect, class Update, class Free>
+void addForegroundHistogram(const char *tag, int channels, bool update, Init init, Detect detect, Update learn,
+                            Free release) {
+    bench::add({std::string("noxiForegroundHistogram") + (update ? "Update" : "") + tag,
+                double(channels),
+                1,
+                false,
+                [=](NoxiSize size) -> bench::Work {
+                    const Video video(size, channels);
+                    const bench::Image<Nox8u> mask(size);
+                    const bench::Image<Nox8u> &first = video.frames[0];
+                    NoxiForegroundHistogramState *made = nullptr;
+                    init(first.data(), first.step(), size, &video, &made);
+                    const std::shared_ptr<NoxiForegroundHistogramState> state(made, release);
+                    const auto model = std::make_shared<reference::foreground::HistogramModel>(
+                        first.data(), first.step(), size, channels);
+                    const auto plainMask = std::make_shared<std::vector<Nox8u>>();
+                    const auto runDetect = [=] {
+                        const bench::Image<Nox8u> &frame = video.next();
+                        detect(frame.data(), frame.step(), mask.data(), mask.step(), size, state.get());
+                    };
+                    const auto runUpdate = [=] {
+                        const bench::Image<Nox8u> &frame = video.next();
+                        learn(frame.data(), frame.step(), mask.data(), mask.step(), frame.data(), 0, size, state.get());
+                    };
+                    const auto plainDetect = [=] {
+                        const bench::Image<Nox8u> &frame = video.next();
+                        model->detect(frame.data(), frame.step(), *plainMask);
+                    };
+                    const auto plainUpdate = [=] {
+                        const bench::Image<Nox8u> &frame = video.next();
+                        model->update(frame.data(), frame.step(), mask.data(), mask.step());
+                    };
+                    for (int t = 0; t < 30; ++t) {
+                        runDetect();
+                        runUpdate();
+                        plainDetect();
+                        plainUpdate();
+                    }
+                    if (update)
+                        return {runUpdate, plainUpdate};
+                    return {runDetect, plainDetect};
+                },
+                {{320, 240}}});
+}
+
 const bench::Registrar registrar([] {
     addMotionHistory<Nox8u>("noxiUpdateMotionHistory_8u32f_C1IR", noxiUpdateMotionHistory_8u32f_C1IR);
     addMotionHistory<Nox16u>("noxiUpdateMotionHistory_16u32f_C1IR", noxiUpdateMotionHistory_16u32f_C1IR);
@@ -93,6 +141,14 @@ const bench::Registrar registrar([] {
                           noxiForegroundGaussian_8u_C1R, noxiForegroundGaussianFree_8u_C1R);
     addForegroundGaussian("noxiForegroundGaussian_8u_C3R", 3, noxiForegroundGaussianInitAlloc_8u_C3R,
                           noxiForegroundGaussian_8u_C3R, noxiForegroundGaussianFree_8u_C3R);
+    for (const bool update : {false, true}) {
+        addForegroundHistogram("_8u_C1R", 1, update, noxiForegroundHistogramInitAlloc_8u_C1R,
+                               noxiForegroundHistogram_8u_C1R, noxiForegroundHistogramUpdate_8u_C1R,
+                               noxiForegroundHistogramFree_8u_C1R);
+        addForegroundHistogram("_8u_C3R", 3, update, noxiForegroundHistogramInitAlloc_8u_C3R,
+                               noxiForegroundHistogram_8u_C3R, noxiForegroundHistogramUpdate_8u_C3R,
+                               noxiForegroundHistogramFree_8u_C3R);
+    }
 });
 
 } // namespace
