@@ -10,6 +10,7 @@
 #include "noxcv/edges.h"
 #include "noxcv/filter.h"
 #include "noxcv/frame.h"
+#include "noxcv/morphology.h"
 #include "noxcv/opticalflow.h"
 #include "noxcv/primitives.h"
 #include "noxcv/pyramid.h"

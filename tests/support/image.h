@@ -76,15 +76,16 @@ private:
 template <class T>
 class Image {
 public:
-    /// `padding` bytes are added to each row's step.
-    Image(int width, int height, int channels = 1, int padding = 0)
+    /// `padding` bytes are added to each row's step; the last pixel ends `shift` bytes before the guard page, so a
+    /// shift that is no multiple of the element size gives unaligned pixels.
+    Image(int width, int height, int channels = 1, int padding = 0, int shift = 0)
         : width_(width), height_(height), channels_(channels), step_(width * channels * int(sizeof(T)) + padding),
-          bytes_(std::size_t(step_) * (height - 1) + rowBytes()) {
+          shift_(shift), bytes_(std::size_t(step_) * (height - 1) + rowBytes() + shift) {
         std::memset(bytes_.data(), gap, bytes_.size());
     }
     Image(const Image &other)
         : width_(other.width_), height_(other.height_), channels_(other.channels_), step_(other.step_),
-          bytes_(other.bytes_.size()) {
+          shift_(other.shift_), bytes_(other.bytes_.size()) {
         std::memcpy(bytes_.data(), other.bytes_.data(), bytes_.size());
     }
     Image &operator=(const Image &) = delete;
@@ -112,7 +113,7 @@ public:
         return generate([value](int, int, int) { return value; });
     }
 
-    /// True when no byte between the rows has changed.
+    /// True when no byte between the rows or behind the last one has changed.
     bool gapsIntact() const {
         for (int y = 0; y + 1 < height_; ++y)
             for (const unsigned char *p = bytes_.data() + std::ptrdiff_t(y) * step_ + rowBytes(),
@@ -120,6 +121,9 @@ public:
                  p < end; ++p)
                 if (*p != gap)
                     return false;
+        for (int i = 1; i <= shift_; ++i)
+            if (bytes_.data()[bytes_.size() - i] != gap)
+                return false;
         return true;
     }
 
@@ -127,7 +131,7 @@ private:
     static constexpr unsigned char gap = 0xA5;
     int rowBytes() const { return width_ * channels_ * int(sizeof(T)); }
 
-    int width_, height_, channels_, step_;
+    int width_, height_, channels_, step_, shift_;
     GuardedBytes bytes_;
 };
 

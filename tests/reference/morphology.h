@@ -1,0 +1,78 @@
+// Morphology, straight from the definitions.
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+#include "noxtypes.h"
+
+namespace reference::morphology {
+
+/// A view of an image of interleaved channels.
+template <class T>
+struct View {
+    T *base;
+    int step; ///< bytes
+    int channels;
+
+    T &at(int x, int y, int c) const {
+        using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
+        return reinterpret_cast<T *>(reinterpret_cast<Byte *>(base) + std::ptrdiff_t(y) * step)[x * channels + c];
+    }
+};
+
+/// The winner of a pair: the first only if it compares less (greater).
+template <class T>
+T pick(bool largest, T a, T b) {
+    return (largest ? a > b : a < b) ? a : b;
+}
+
+/// The winner of src over the set cells of a mask, for every pixel and channel; pixels outside are the nearest ones
+/// inside. An empty mask gives src.
+template <class T>
+void overMask(bool largest, View<const T> src, View<T> dst, NoxiSize roi, const Nox8u *mask, NoxiSize size,
+              NoxiPoint anchor) {
+    for (int y = 0; y < roi.height; ++y)
+        for (int x = 0; x < roi.width; ++x)
+            for (int c = 0; c < src.channels; ++c) {
+                bool any = false;
+                T best = src.at(x, y, c);
+                for (int r = 0; r < size.height; ++r)
+                    for (int i = 0; i < size.width; ++i) {
+                        if (mask[r * size.width + i] == 0)
+                            continue;
+                        const T v = src.at(std::clamp(x + i - anchor.x, 0, roi.width - 1),
+                                           std::clamp(y + r - anchor.y, 0, roi.height - 1), c);
+                        best = any ? pick(largest, v, best) : v;
+                        any = true;
+                    }
+                dst.at(x, y, c) = best;
+            }
+}
+
+/// The winner over a whole rectangle: first of each row, then of each column of the rows' winners.
+template <class T>
+void overRectangle(bool largest, View<const T> src, View<T> dst, NoxiSize roi, NoxiSize size, NoxiPoint anchor) {
+    std::vector<T> rows(std::size_t(roi.width) * roi.height * src.channels);
+    const View<T> middle{rows.data(), int(roi.width * src.channels * sizeof(T)), src.channels};
+    for (int y = 0; y < roi.height; ++y)
+        for (int x = 0; x < roi.width; ++x)
+            for (int c = 0; c < src.channels; ++c) {
+                T best = src.at(x, y, c);
+                for (int i = std::max(0, x - anchor.x);
+                     i < std::min<long long>(roi.width, 0LL + x - anchor.x + size.width); ++i)
+                    best = pick(largest, src.at(i, y, c), best);
+                middle.at(x, y, c) = best;
+            }
+    for (int y = 0; y < roi.height; ++y)
+        for (int x = 0; x < roi.width; ++x)
+            for (int c = 0; c < src.channels; ++c) {
+                T best = middle.at(x, y, c);
+                for (int i = std::max(0, y - anchor.y);
+                     i < std::min<long long>(roi.height, 0LL + y - anchor.y + size.height); ++i)
+                    best = pick(largest, middle.at(x, i, c), best);
+                dst.at(x, y, c) = best;
+            }
+}
+
+} // namespace reference::morphology
