@@ -29,45 +29,45 @@ NOX_BEGIN_DECLS
  * of Nox32f), noxStsBadStep (dstStep), noxStsOddStep (dstStep of Nox32f).
  * @{
  */
-/** Minima of 8-bit, one channel. */
+/** Minima of 8-bit pixels, one channel. */
 NOX_API NoxStatus noxiFilterMinBorderReplicate_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                       NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor, Nox8u *buffer);
-/** Minima of 8-bit, three channels. */
+/** Minima of 8-bit pixels, three channels. */
 NOX_API NoxStatus noxiFilterMinBorderReplicate_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                       NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor, Nox8u *buffer);
-/** Minima of 8-bit, four channels. */
+/** Minima of 8-bit pixels, four channels. */
 NOX_API NoxStatus noxiFilterMinBorderReplicate_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                       NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor, Nox8u *buffer);
-/** Minima of single-precision, one channel. */
+/** Minima of single-precision pixels, one channel. */
 NOX_API NoxStatus noxiFilterMinBorderReplicate_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                        NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor,
                                                        Nox8u *buffer);
-/** Minima of single-precision, three channels. */
+/** Minima of single-precision pixels, three channels. */
 NOX_API NoxStatus noxiFilterMinBorderReplicate_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                        NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor,
                                                        Nox8u *buffer);
-/** Minima of single-precision, four channels. */
+/** Minima of single-precision pixels, four channels. */
 NOX_API NoxStatus noxiFilterMinBorderReplicate_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                        NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor,
                                                        Nox8u *buffer);
-/** Maxima of 8-bit, one channel. */
+/** Maxima of 8-bit pixels, one channel. */
 NOX_API NoxStatus noxiFilterMaxBorderReplicate_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                       NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor, Nox8u *buffer);
-/** Maxima of 8-bit, three channels. */
+/** Maxima of 8-bit pixels, three channels. */
 NOX_API NoxStatus noxiFilterMaxBorderReplicate_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                       NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor, Nox8u *buffer);
-/** Maxima of 8-bit, four channels. */
+/** Maxima of 8-bit pixels, four channels. */
 NOX_API NoxStatus noxiFilterMaxBorderReplicate_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                       NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor, Nox8u *buffer);
-/** Maxima of single-precision, one channel. */
+/** Maxima of single-precision pixels, one channel. */
 NOX_API NoxStatus noxiFilterMaxBorderReplicate_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                        NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor,
                                                        Nox8u *buffer);
-/** Maxima of single-precision, three channels. */
+/** Maxima of single-precision pixels, three channels. */
 NOX_API NoxStatus noxiFilterMaxBorderReplicate_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                        NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor,
                                                        Nox8u *buffer);
-/** Maxima of single-precision, four channels. */
+/** Maxima of single-precision pixels, four channels. */
 NOX_API NoxStatus noxiFilterMaxBorderReplicate_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                        NoxiSize roi, NoxiSize maskSize, NoxiPoint anchor,
                                                        Nox8u *buffer);
@@ -83,30 +83,213 @@ NOX_API NoxStatus noxiFilterMaxBorderReplicate_32f_C4R(const Nox32f *src, int sr
  * and nothing stored, when the size exceeds the largest int.
  * @{
  */
-/** Bytes for minima of 8-bit, one channel. */
+/** Bytes for minima of 8-bit pixels, one channel. */
 NOX_API NoxStatus noxiFilterMinGetBufferSize_8u_C1R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for minima of 8-bit, three channels. */
+/** Bytes for minima of 8-bit pixels, three channels. */
 NOX_API NoxStatus noxiFilterMinGetBufferSize_8u_C3R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for minima of 8-bit, four channels. */
+/** Bytes for minima of 8-bit pixels, four channels. */
 NOX_API NoxStatus noxiFilterMinGetBufferSize_8u_C4R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for minima of single-precision, one channel. */
+/** Bytes for minima of single-precision pixels, one channel. */
 NOX_API NoxStatus noxiFilterMinGetBufferSize_32f_C1R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for minima of single-precision, three channels. */
+/** Bytes for minima of single-precision pixels, three channels. */
 NOX_API NoxStatus noxiFilterMinGetBufferSize_32f_C3R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for minima of single-precision, four channels. */
+/** Bytes for minima of single-precision pixels, four channels. */
 NOX_API NoxStatus noxiFilterMinGetBufferSize_32f_C4R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for maxima of 8-bit, one channel. */
+/** Bytes for maxima of 8-bit pixels, one channel. */
 NOX_API NoxStatus noxiFilterMaxGetBufferSize_8u_C1R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for maxima of 8-bit, three channels. */
+/** Bytes for maxima of 8-bit pixels, three channels. */
 NOX_API NoxStatus noxiFilterMaxGetBufferSize_8u_C3R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for maxima of 8-bit, four channels. */
+/** Bytes for maxima of 8-bit pixels, four channels. */
 NOX_API NoxStatus noxiFilterMaxGetBufferSize_8u_C4R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for maxima of single-precision, one channel. */
+/** Bytes for maxima of single-precision pixels, one channel. */
 NOX_API NoxStatus noxiFilterMaxGetBufferSize_32f_C1R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for maxima of single-precision, three channels. */
+/** Bytes for maxima of single-precision pixels, three channels. */
 NOX_API NoxStatus noxiFilterMaxGetBufferSize_32f_C3R(int roiWidth, NoxiSize maskSize, int *size);
-/** Bytes for maxima of single-precision, four channels. */
+/** Bytes for maxima of single-precision pixels, four channels. */
 NOX_API NoxStatus noxiFilterMaxGetBufferSize_32f_C4R(int roiWidth, NoxiSize maskSize, int *size);
+/** @} */
+
+/**
+ * The state of erosion and dilation by one mask: a flat block in which all its pointers point. The caller owns it; it
+ * serves one call at a time, since its scratch is inside, any number of calls, and erosion and dilation alike.
+ *
+ * The mask is classified once (kernelKind), and the state holds what its kind needs:
+ * - 3, empty: no cell is set; the result is a copy.
+ * - 1, rectangle: the set cells are one rectangle, wherever in the mask.
+ * - 2, ellipse: each row's set cells are one run that holds the anchor's column, runs of the same length begin in the
+ *   same column, and the anchor's row is not above the first or below the last of them. Empty rows may lie between.
+ *   Discs, crosses and diamonds are of this kind.
+ * - 0, general: all others, and all that are 256 rows high or higher. Small Nox8u masks too, which are faster cell by
+ *   cell: those with fewer than 13 (rectangle) or 35 (ellipse) cells, set or not, on one channel, 35 or 90 on three and
+ *   four.
+ */
+typedef struct {
+    Nox8u *maskCopy;     /**< The mask's bytes, row by row; at a multiple of 16 in the general kind. */
+    void *erodeTable;    /**< General kind: the mask for erosion, a vector of 8 Nox8u or 4 Nox32f for each cell. */
+    void *dilateTable;   /**< General kind: the mask for dilation, in the same form. */
+    Nox8u *workBuffer;   /**< Scratch. */
+    void *kernelInfo;    /**< Rectangle and ellipse: the descriptor of the set cells; else null. */
+    Nox32s maskWidth;    /**< General kind: the mask's width; rectangle and ellipse: that of the box about its cells. */
+    Nox32s maskHeight;   /**< The same for the height. */
+    Nox32s anchorX;      /**< General kind: the anchor; rectangle and ellipse: relative to the box, maybe outside. */
+    Nox32s anchorY;      /**< The same for the row. */
+    Nox32s rightExtent;  /**< General kind: maskWidth - anchorX - 1. */
+    Nox32s bottomExtent; /**< General kind: maskHeight - anchorY - 1. */
+    Nox32s rowStride;    /**< General kind: bytes from one row of the scratch to the next. */
+    Nox32s stateSize;    /**< Bytes of the whole block. */
+    Nox32s dataType;     /**< 1 for Nox8u, 13 for Nox32f. */
+    Nox32s channels;     /**< 1, 3 or 4. */
+    Nox32s roiWidth;     /**< The largest width that the state serves. */
+    Nox32s reserved;     /**< -1. */
+    Nox32s kernelKind;   /**< 0 general, 1 rectangle, 2 ellipse, 3 empty. */
+} NoxiMorphState;
+
+/**
+ * @name Size of a morphology state
+ * Writes the bytes of the state that the Init of the same type and layout builds for rows of up to roiWidth pixels and
+ * this mask: maskSize.width * maskSize.height bytes, row by row, not 0 for a set cell. The mask is classified as if its
+ * anchor were at (width >> 1, height >> 1). Another anchor may lie outside a run and turn an ellipse into a general
+ * mask, which needs more: for such a mask let InitAlloc make the state, or look for the anchor that the query assumes.
+ *
+ * With a the mask's cells rounded up to a multiple of 16, in a build with 32-bit pointers: empty, a + 80; rectangle,
+ * a + 112 and the buffer of noxiFilterMinBorderReplicate_8u_C1R and kin for the box; ellipse, a + 128, 8 for each
+ * non-empty row and each distinct run length, and the buffer of the runs; general, 17 a (Nox32f: 33 a) + 96 and twice
+ * the mask's height of scratch rows.
+ *
+ * Status, in this order: noxStsNullPointer (mask), noxStsBadSize when roiWidth or a side of maskSize is below 1,
+ * noxStsNullPointer (size); noxStsBadSize, and nothing stored, when the size exceeds the largest int.
+ * @{
+ */
+/** Bytes of a state for 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphologyGetSize_8u_C1R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a state for 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphologyGetSize_8u_C3R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a state for 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphologyGetSize_8u_C4R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a state for single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphologyGetSize_32f_C1R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a state for single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphologyGetSize_32f_C3R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a state for single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphologyGetSize_32f_C4R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** @} */
+
+/**
+ * @name Building a morphology state
+ * Builds the state of a mask with this anchor in memory of the caller's, at any multiple of 4 bytes. It keeps no
+ * reference to the mask. What is written never exceeds the queried size for a mask that the query classified alike.
+ *
+ * Status, in this order: noxStsNullPointer (mask), noxStsBadSize when roiWidth or a side of maskSize is below 1,
+ * noxStsBadAnchor when the anchor is no cell of the mask, noxStsNullPointer (state), noxStsBadSize when the state would
+ * exceed the largest int.
+ * @{
+ */
+/** Builds a state for 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphologyInit_8u_C1R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                            NoxiMorphState *state);
+/** Builds a state for 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphologyInit_8u_C3R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                            NoxiMorphState *state);
+/** Builds a state for 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphologyInit_8u_C4R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                            NoxiMorphState *state);
+/** Builds a state for single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphologyInit_32f_C1R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                             NoxiMorphState *state);
+/** Builds a state for single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphologyInit_32f_C3R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                             NoxiMorphState *state);
+/** Builds a state for single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphologyInit_32f_C4R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                             NoxiMorphState *state);
+/** @} */
+
+/**
+ * @name Allocating a morphology state
+ * Builds the state in a block from noxsMalloc_8u, as large as this mask and anchor need. noxiMorphologyFree releases
+ * it.
+ *
+ * Status: as for building, and noxStsNoMemory at the end, with *state left as it was.
+ * @{
+ */
+/** Allocates and builds a state for 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphologyInitAlloc_8u_C1R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                                 NoxiMorphState **state);
+/** Allocates and builds a state for 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphologyInitAlloc_8u_C3R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                                 NoxiMorphState **state);
+/** Allocates and builds a state for 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphologyInitAlloc_8u_C4R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                                 NoxiMorphState **state);
+/** Allocates and builds a state for single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphologyInitAlloc_32f_C1R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                                  NoxiMorphState **state);
+/** Allocates and builds a state for single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphologyInitAlloc_32f_C3R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                                  NoxiMorphState **state);
+/** Allocates and builds a state for single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphologyInitAlloc_32f_C4R(int roiWidth, const Nox8u *mask, NoxiSize maskSize, NoxiPoint anchor,
+                                                  NoxiMorphState **state);
+/** @} */
+
+/** Releases a state that InitAlloc has made. Status: noxStsNullPointer. */
+NOX_API NoxStatus noxiMorphologyFree(NoxiMorphState *state);
+
+/**
+ * @name Erosion and dilation
+ * dst(x, y) = the minimum (erosion) or maximum (dilation), over all set cells (c, r) of the state's mask, of
+ * src(x + c - anchor.x, y + r - anchor.y), channel by channel. A pixel outside the image is the nearest edge pixel. The
+ * mask is not reflected for dilation. An empty mask gives a copy.
+ *
+ * Nox32f with a general mask: the result is finite; minus infinity and a not-a-number count as the lowest finite number
+ * in erosion, infinity and a not-a-number as the highest in dilation. With other masks the ordinary comparison, as in
+ * noxiFilterMinBorderReplicate_32f_C1R and kin.
+ *
+ * src and dst may not overlap. Runs on the calling thread.
+ *
+ * @param borderType  noxBorderReplicate.
+ * @param state       built for this type and layout. Its scratch is used, so one state serves one call at a time.
+ *
+ * Status, in this order: noxStsNullPointer (src, dst, state), noxStsBadSize, noxStsBadStep, noxStsOddStep (Nox32f),
+ * noxStsBadArgument for another borderType, noxStsBadSize when roi.width exceeds the state's roiWidth.
+ * @{
+ */
+/** Erodes 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiErodeBorderReplicate_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                  int borderType, const NoxiMorphState *state);
+/** Erodes 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiErodeBorderReplicate_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                  int borderType, const NoxiMorphState *state);
+/** Erodes 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiErodeBorderReplicate_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                  int borderType, const NoxiMorphState *state);
+/** Erodes single-precision pixels, one channel. */
+NOX_API NoxStatus noxiErodeBorderReplicate_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                   NoxiSize roi, int borderType, const NoxiMorphState *state);
+/** Erodes single-precision pixels, three channels. */
+NOX_API NoxStatus noxiErodeBorderReplicate_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                   NoxiSize roi, int borderType, const NoxiMorphState *state);
+/** Erodes single-precision pixels, four channels. */
+NOX_API NoxStatus noxiErodeBorderReplicate_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                   NoxiSize roi, int borderType, const NoxiMorphState *state);
+/** Dilates 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiDilateBorderReplicate_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                   int borderType, const NoxiMorphState *state);
+/** Dilates 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiDilateBorderReplicate_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                   int borderType, const NoxiMorphState *state);
+/** Dilates 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiDilateBorderReplicate_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                   int borderType, const NoxiMorphState *state);
+/** Dilates single-precision pixels, one channel. */
+NOX_API NoxStatus noxiDilateBorderReplicate_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                    NoxiSize roi, int borderType, const NoxiMorphState *state);
+/** Dilates single-precision pixels, three channels. */
+NOX_API NoxStatus noxiDilateBorderReplicate_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                    NoxiSize roi, int borderType, const NoxiMorphState *state);
+/** Dilates single-precision pixels, four channels. */
+NOX_API NoxStatus noxiDilateBorderReplicate_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                    NoxiSize roi, int borderType, const NoxiMorphState *state);
 /** @} */
 
 NOX_END_DECLS

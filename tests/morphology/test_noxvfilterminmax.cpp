@@ -69,7 +69,7 @@ TYPED_TEST(FilterMinMax, EveryWindowOnEverySize) {
     compareSizes<TypeParam>(masks);
 }
 
-TYPED_TEST(FilterMinMax, WindowsWiderThanAnyImage) { compareSizes<TypeParam>({{1000, 3}, {2, 999}, {70000, 80000}}); }
+TYPED_TEST(FilterMinMax, WindowsWiderThanAnyImage) { compareSizes<TypeParam>({{1000, 3}, {2, 499}, {2000, 400}}); }
 
 TYPED_TEST(FilterMinMax, LongWindowsOnLongRows) {
     using T = typename TypeParam::T;

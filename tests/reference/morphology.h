@@ -2,6 +2,9 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <type_traits>
 #include <vector>
 
 #include "noxtypes.h"
@@ -45,6 +48,26 @@ void overMask(bool largest, View<const T> src, View<T> dst, NoxiSize roi, const 
                                            std::clamp(y + r - anchor.y, 0, roi.height - 1), c);
                         best = any ? pick(largest, v, best) : v;
                         any = true;
+                    }
+                dst.at(x, y, c) = best;
+            }
+}
+
+/// The same for floats as the kernels of general masks form it: every cell takes part, and the value of one that is not
+/// set is limited to the number that cannot win.
+inline void overLimitedMask(bool largest, View<const Nox32f> src, View<Nox32f> dst, NoxiSize roi, const Nox8u *mask,
+                            NoxiSize size, NoxiPoint anchor) {
+    constexpr Nox32f most = std::numeric_limits<Nox32f>::max();
+    for (int y = 0; y < roi.height; ++y)
+        for (int x = 0; x < roi.width; ++x)
+            for (int c = 0; c < src.channels; ++c) {
+                Nox32f best = largest ? -most : most;
+                for (int r = 0; r < size.height; ++r)
+                    for (int i = 0; i < size.width; ++i) {
+                        const bool set = mask[r * size.width + i] != 0;
+                        const Nox32f v = src.at(std::clamp(x + i - anchor.x, 0, roi.width - 1),
+                                                std::clamp(y + r - anchor.y, 0, roi.height - 1), c);
+                        best = pick(largest, best, pick(!largest, v, set == largest ? most : -most));
                     }
                 dst.at(x, y, c) = best;
             }

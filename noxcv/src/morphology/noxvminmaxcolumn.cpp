@@ -6,6 +6,7 @@
 // each output is the winner of the two. So a row costs three steps, whatever n. Windows of 3 and 5 rows are joined
 // directly, two outputs at a time.
 #include <algorithm>
+#include <cfloat>
 #include <cstring>
 #include <type_traits>
 

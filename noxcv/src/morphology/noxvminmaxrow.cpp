@@ -4,6 +4,7 @@
 // cells in a short line on the stack, of which the last step joins what the width asks for. So a row costs a number of
 // passes that is the logarithm of the width, each a few instructions a vector. At the ends of the row windows are cut.
 #include <algorithm>
+#include <cfloat>
 #include <cstring>
 #include <type_traits>
 
