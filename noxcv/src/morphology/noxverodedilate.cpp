@@ -1,8 +1,10 @@
 // Erosion and dilation: the way of each kind of mask.
 //
-// A general mask is done cell by cell: a kernel joins the pixels under the set cells for one output row, from a source
-// in which the whole mask can be placed. That is the image itself where the mask does not reach beyond it; elsewhere
-// strips of the image are copied to the state's scratch, with their border, first.
+// A general mask is joined from pieces, each of which is a pixel or a short window of a source row: a run of 15 set
+// cells is two windows of 8. The windows of the two widths that suit the mask are made once for each source row and
+// kept for as many rows as the mask is high. A piece is then one load for each vector of an output row. In the columns
+// at both sides, where the mask reaches beyond the image, strips of the image are copied to the state's scratch with
+// their border first, and joined pixel by pixel.
 #include <algorithm>
 #include <cfloat>
 #include <type_traits>
@@ -24,54 +26,124 @@ namespace {
 template <class T, int channels>
 struct Member;
 
-/// Byte offsets of the set cells of a mask, a part of them at a time.
-struct Cells {
+/// The widths of the windows that pieces may be, beside single pixels; 0 for none. The second is 2 or 4 times the
+/// first.
+struct Levels {
+    int width[2] = {0, 0};
+};
+
+/// A part of a mask: a window of the level's width, or a pixel for level -1.
+struct Piece {
+    int row, column, level;
+};
+
+/// Some pieces of a mask. A long list is made again for every row, a part at a time.
+struct Pieces {
     static constexpr int most = 512;
-    std::ptrdiff_t offsets[most];
+    Piece list[most];
     int count = 0;
 
-    /// Collects set cells from cell `from` on, and returns the first cell that is left.
-    template <class Op, class T>
-    int collect(const T *table, int from, NoxiSize mask, std::ptrdiff_t srcStep, int pixelBytes) {
-        constexpr int entry = sizeof(T) == 1 ? 8 : 4;
-        constexpr T setCell = std::is_same_v<T, Nox32f> ? -baseline::neutralElement<Op, T>()
-                                                        : static_cast<T>(~baseline::neutralElement<Op, Nox8u>());
+    /// Covers the set cells from cell `from` on, as many as there is room for; returns the first cell that is left.
+    template <class IsSet>
+    int collect(const IsSet &isSet, NoxiSize mask, const Levels &levels, int from) {
         const int cells = mask.width * mask.height;
-        int cell = from, r = from / mask.width, c = from % mask.width;
-        for (count = 0; cell < cells && count < most; ++cell) {
-            if (table[static_cast<std::ptrdiff_t>(cell) * entry] == setCell)
-                offsets[count++] = r * srcStep + static_cast<std::ptrdiff_t>(c) * pixelBytes;
-            if (++c == mask.width) {
-                c = 0;
-                ++r;
+        count = 0;
+        while (from < cells && count < most) {
+            if (!isSet(from)) {
+                ++from;
+                continue;
             }
+            const int row = from / mask.width, column = from % mask.width;
+            // The run that the cell is in, as far as a window could cover it.
+            int ahead = 1, before = 0;
+            while (ahead < levels.width[1] + levels.width[0] && column + ahead < mask.width && isSet(from + ahead))
+                ++ahead;
+            while (before < levels.width[1] + levels.width[0] && before < column && isSet(from - before - 1))
+                ++before;
+            Piece piece{row, column, -1};
+            int covered = 1;
+            for (int level = 1; level >= 0 && piece.level < 0; --level) {
+                const int width = levels.width[level];
+                if (width == 0 || width > before + ahead)
+                    continue;
+                piece.level = level;
+                covered = std::min(ahead, width);
+                piece.column = column + covered - width; // reaches back where the run ends too soon
+            }
+            list[count++] = piece;
+            from += covered;
         }
-        return cell;
+        return from;
     }
 };
 
-/// The winners of the set cells for a region of output rows; src is the pixel under the mask's top left cell.
-template <class Op, class T, int channels>
-void joinMask(Rows<const T> src, Rows<T> dst, NoxiSize roi, const T *table, NoxiSize mask) {
-    constexpr int pixelBytes = channels * static_cast<int>(sizeof(T));
+/// The number of pieces of a whole mask.
+template <class IsSet>
+int countPieces(const IsSet &isSet, NoxiSize mask, const Levels &levels) {
+    Pieces part;
+    int pieces = 0;
+    for (int cell = 0; cell < mask.width * mask.height;) {
+        cell = part.collect(isSet, mask, levels, cell);
+        pieces += part.count;
+    }
+    return pieces;
+}
+
+/// The widths that make a mask the cheapest: a load for each piece, and those that the windows are made with.
+template <class IsSet>
+Levels cheapestLevels(const IsSet &isSet, NoxiSize mask) {
+    Levels best;
+    int bestCost = countPieces(isSet, mask, best);
+    if (bestCost > 65536 || bestCost < 8) // not worth the search, which walks the mask again
+        return bestCost < 8 ? best : Levels{{4, 16}};
+    for (const Levels &levels : {Levels{{2, 0}}, Levels{{4, 0}}, Levels{{2, 4}}, Levels{{4, 8}}, Levels{{4, 16}}}) {
+        const int made = levels.width[0] + (levels.width[1] == 0 ? 0 : levels.width[1] / levels.width[0] + 1) + 1;
+        const int cost = made + countPieces(isSet, mask, levels);
+        if (cost < bestCost) {
+            bestCost = cost;
+            best = levels;
+        }
+    }
+    return best;
+}
+
+/// Joins the pieces of a mask for rows of outputs. at(y, piece) tells where the pixels of a piece are for output row y.
+template <class Op, class T, class IsSet, class At>
+void joinPieces(const IsSet &isSet, NoxiSize mask, const Levels &levels, Rows<T> dst, int height, std::ptrdiff_t count,
+                const At &at) {
     const int cells = mask.width * mask.height;
-    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * channels;
     const int bytes = static_cast<int>(std::min<std::ptrdiff_t>(count, 64) * sizeof(T));
-    Cells part;
-    const auto collect = [&](int from) { return part.collect<Op, T>(table, from, mask, src.step, pixelBytes); };
+    Pieces part;
     const auto join = [&](int y, bool more) {
-        NOX_ON_TIER_FOR(bytes, joinCells<Op, T>(src[y], part.offsets, part.count, more, dst[y], count));
+        const T *from[Pieces::most];
+        for (int i = 0; i < part.count; ++i)
+            from[i] = at(y, part.list[i]);
+        NOX_ON_TIER_FOR(bytes, joinLimited<Op, T>(from, part.count, more, dst[y], count));
     };
-    const int first = collect(0);
-    for (int y = 0; y < roi.height; ++y) {
+    const int first = part.collect(isSet, mask, levels, 0);
+    for (int y = 0; y < height; ++y) {
         if (y > 0 && first < cells)
-            collect(0);
+            part.collect(isSet, mask, levels, 0);
         join(y, false);
         for (int next = first; next < cells;) {
-            next = collect(next);
+            next = part.collect(isSet, mask, levels, next);
             join(y, true);
         }
     }
+}
+
+/// The winners of the set cells for a region of output rows, pixel by pixel; src is the pixel under the mask's top left
+/// cell.
+template <class Op, class T, int channels>
+void joinMask(Rows<const T> src, Rows<T> dst, NoxiSize roi, const T *table, NoxiSize mask) {
+    constexpr int entry = sizeof(T) == 1 ? 8 : 4;
+    constexpr T setCell = std::is_same_v<T, Nox32f> ? -baseline::neutralElement<Op, T>()
+                                                    : static_cast<T>(~baseline::neutralElement<Op, Nox8u>());
+    joinPieces<Op, T>([table](int cell) { return table[static_cast<std::ptrdiff_t>(cell) * entry] == setCell; }, mask,
+                      Levels{}, dst, roi.height, static_cast<std::ptrdiff_t>(roi.width) * channels,
+                      [src](int y, const Piece &piece) {
+                          return src[y + piece.row] + static_cast<std::ptrdiff_t>(piece.column) * channels;
+                      });
 }
 
 #define NOX_MASK_ROUTINES(TYPE, TAG, CHANNELS)                                                                         \
@@ -152,19 +224,55 @@ struct GeneralMask {
                                       table, mask);
         }
     }
+    /// Output pixels x0 to x1 of all rows, where the mask does not reach beyond the image at the sides.
+    void inside(int x0, int x1) const {
+        const Nox8u *const cells = state.maskCopy;
+        const auto isSet = [cells](int cell) { return cells[cell] != 0; };
+        const Levels levels = cheapestLevels(isSet, mask);
+        const auto ring = [&](int y, int level) {
+            return reinterpret_cast<T *>(state.workBuffer +
+                                         (static_cast<std::ptrdiff_t>(y % mask.height) * 2 + level) * state.rowStride);
+        };
+        int made = 0;
+        const int lastRow = roi.height - 1;
+        const auto at = [&](int y, const Piece &piece) {
+            const int row = static_cast<int>(std::clamp<long long>(0LL + y + piece.row - state.anchorY, 0, lastRow));
+            for (; levels.width[0] != 0 && made <= row; ++made)
+                makeWindows(levels, src[made], ring(made, 0), ring(made, 1));
+            const T *const from = piece.level < 0 ? static_cast<const T *>(src[row]) : ring(row, piece.level);
+            return from + elements(x0 - state.anchorX + piece.column);
+        };
+        joinPieces<Op, T>(isSet, mask, levels, {dst[0] + elements(x0), dst.step}, roi.height, elements(x1 - x0), at);
+    }
+    /// The windows of one source row, as far as whole ones fit.
+    void makeWindows(const Levels &levels, const T *from, T *first, T *second) const {
+        const int width = levels.width[0], wider = levels.width[1];
+        const std::ptrdiff_t count = elements(roi.width - width + 1);
+        if (width == 2)
+            NOX_ON_TIER(limitedWindows<Op, T, channels, 2>(from, first, count));
+        else
+            NOX_ON_TIER(limitedWindows<Op, T, channels, 4>(from, first, count));
+        const std::ptrdiff_t widerCount = elements(roi.width - wider + 1);
+        if (wider == 0 || widerCount <= 0)
+            return;
+        if (wider == 2 * width)
+            NOX_ON_TIER(joinWindows<Op, T, 2>(first, second, widerCount, elements(width)));
+        else
+            NOX_ON_TIER(joinWindows<Op, T, 4>(first, second, widerCount, elements(width)));
+    }
     void run() const {
-        if (roi.width < mask.width || roi.height < mask.height) {
+        // Columns at the sides are done some more at a time than need be, to fill a vector.
+        constexpr int few = 32 / (channels * static_cast<int>(sizeof(T))) + 1;
+        const long long left = state.anchorX == 0 ? 0 : std::max(state.anchorX, few),
+                        right = state.rightExtent == 0 ? 0 : std::max(state.rightExtent, few);
+        if (left + right >= roi.width) {
             strips(0, roi.width, 0, roi.height);
             return;
         }
-        const int left = state.anchorX, right = roi.width - state.rightExtent;
-        const int top = state.anchorY, bottom = roi.height - state.bottomExtent;
-        strips(0, roi.width, 0, top);
-        strips(0, left, top, bottom);
-        joinMask<Op, T, channels>(src, {dst[top] + elements(left), dst.step}, {right - left, bottom - top}, table,
-                                  mask);
-        strips(right, roi.width, top, bottom);
-        strips(0, roi.width, bottom, roi.height);
+        const int leftEnd = static_cast<int>(left), rightEnd = static_cast<int>(roi.width - right);
+        strips(0, leftEnd, 0, roi.height);
+        strips(rightEnd, roi.width, 0, roi.height);
+        inside(leftEnd, rightEnd);
     }
 };
 
