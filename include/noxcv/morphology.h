@@ -292,6 +292,291 @@ NOX_API NoxStatus noxiDilateBorderReplicate_32f_C4R(const Nox32f *src, int srcSt
                                                     NoxiSize roi, int borderType, const NoxiMorphState *state);
 /** @} */
 
+/** The state of the compound operations: two morphology states and a temporary image, all in one block. */
+typedef struct {
+    NoxiMorphState *forwardState;   /**< Of the caller's mask and anchor. */
+    NoxiMorphState *reflectedState; /**< Of the mask turned about, with the anchor turned about likewise. */
+    Nox8u *tempImage;               /**< The temporary image, at a multiple of 32. */
+    Nox32s tempSize;                /**< Its bytes. */
+    Nox32s tempFlags;               /**< 0. */
+} NoxiMorphAdvState;
+
+/**
+ * @name Size of a compound state
+ * Writes the bytes of the state for images of size roi and this mask: rowBytes * roi.height + 84 + twice the size of a
+ * morphology state, with rowBytes the bytes of a row rounded up to a multiple of 32 (84 in a build with 32-bit
+ * pointers). In a compound state every mask but a rectangle and an empty one is of the general kind, and the size is
+ * large enough for that as well as for the kind that the morphology state would have by itself. It does not depend on
+ * the anchor.
+ *
+ * Status, in this order: noxStsBadSize when roi.height is below 1, noxStsNullPointer (size), noxStsNullPointer (mask),
+ * noxStsBadSize when roi.width or a side of maskSize is below 1; noxStsBadSize, and nothing stored, when the size
+ * exceeds the largest int.
+ * @{
+ */
+/** Bytes of a compound state for 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphAdvGetSize_8u_C1R(NoxiSize roi, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a compound state for 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphAdvGetSize_8u_C3R(NoxiSize roi, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a compound state for 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphAdvGetSize_8u_C4R(NoxiSize roi, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a compound state for single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphAdvGetSize_32f_C1R(NoxiSize roi, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a compound state for single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphAdvGetSize_32f_C3R(NoxiSize roi, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** Bytes of a compound state for single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphAdvGetSize_32f_C4R(NoxiSize roi, const Nox8u *mask, NoxiSize maskSize, int *size);
+/** @} */
+
+/**
+ * @name Building a compound state
+ * Builds the state in memory of the caller's of the queried size, at any multiple of 4 bytes. It keeps no reference to
+ * the mask.
+ *
+ * Status, in this order: noxStsBadSize when roi.height is below 1, noxStsNullPointer (state), noxStsNullPointer (mask),
+ * noxStsBadSize when roi.width or a side of maskSize is below 1, noxStsBadAnchor when the anchor is no cell of the
+ * mask, noxStsBadSize when the state would exceed the largest int.
+ * @{
+ */
+/** Builds a compound state for 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphAdvInit_8u_C1R(NoxiMorphAdvState *state, NoxiSize roi, const Nox8u *mask, NoxiSize maskSize,
+                                          NoxiPoint anchor);
+/** Builds a compound state for 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphAdvInit_8u_C3R(NoxiMorphAdvState *state, NoxiSize roi, const Nox8u *mask, NoxiSize maskSize,
+                                          NoxiPoint anchor);
+/** Builds a compound state for 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphAdvInit_8u_C4R(NoxiMorphAdvState *state, NoxiSize roi, const Nox8u *mask, NoxiSize maskSize,
+                                          NoxiPoint anchor);
+/** Builds a compound state for single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphAdvInit_32f_C1R(NoxiMorphAdvState *state, NoxiSize roi, const Nox8u *mask, NoxiSize maskSize,
+                                           NoxiPoint anchor);
+/** Builds a compound state for single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphAdvInit_32f_C3R(NoxiMorphAdvState *state, NoxiSize roi, const Nox8u *mask, NoxiSize maskSize,
+                                           NoxiPoint anchor);
+/** Builds a compound state for single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphAdvInit_32f_C4R(NoxiMorphAdvState *state, NoxiSize roi, const Nox8u *mask, NoxiSize maskSize,
+                                           NoxiPoint anchor);
+/** @} */
+
+/**
+ * @name Allocating a compound state
+ * Builds the state in a block from noxsMalloc_8u. noxiMorphAdvFree releases it.
+ *
+ * Status: noxStsNullPointer (state), noxStsNoMemory, then as for building. *state is written only on success.
+ * @{
+ */
+/** Allocates and builds a compound state for 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphAdvInitAlloc_8u_C1R(NoxiMorphAdvState **state, NoxiSize roi, const Nox8u *mask,
+                                               NoxiSize maskSize, NoxiPoint anchor);
+/** Allocates and builds a compound state for 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphAdvInitAlloc_8u_C3R(NoxiMorphAdvState **state, NoxiSize roi, const Nox8u *mask,
+                                               NoxiSize maskSize, NoxiPoint anchor);
+/** Allocates and builds a compound state for 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphAdvInitAlloc_8u_C4R(NoxiMorphAdvState **state, NoxiSize roi, const Nox8u *mask,
+                                               NoxiSize maskSize, NoxiPoint anchor);
+/** Allocates and builds a compound state for single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphAdvInitAlloc_32f_C1R(NoxiMorphAdvState **state, NoxiSize roi, const Nox8u *mask,
+                                                NoxiSize maskSize, NoxiPoint anchor);
+/** Allocates and builds a compound state for single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphAdvInitAlloc_32f_C3R(NoxiMorphAdvState **state, NoxiSize roi, const Nox8u *mask,
+                                                NoxiSize maskSize, NoxiPoint anchor);
+/** Allocates and builds a compound state for single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphAdvInitAlloc_32f_C4R(NoxiMorphAdvState **state, NoxiSize roi, const Nox8u *mask,
+                                                NoxiSize maskSize, NoxiPoint anchor);
+/** @} */
+
+/** Releases a compound state that InitAlloc has made. Status: noxStsNullPointer. */
+NOX_API NoxStatus noxiMorphAdvFree(NoxiMorphAdvState *state);
+
+/**
+ * @name Opening, closing, top hat, black hat and gradient
+ * With F the mask and R the mask turned about (which makes dilation the partner of erosion):
+ * - open: dilation by R of the erosion by F;
+ * - close: erosion by R of the dilation by F;
+ * - top hat: src minus its opening; black hat: its closing minus src;
+ * - gradient: dilation by F minus erosion by F.
+ *
+ * Differences below 0 are 0. Borders, and floats that are not numbers, are as in erosion and dilation. src and dst may
+ * not overlap. Runs on the calling thread.
+ *
+ * @param borderType  noxBorderReplicate.
+ * @param state       built for this type and layout, and for images of this size. Its temporary image is used, so one
+ *                    state serves one call at a time.
+ *
+ * Status, in this order: noxStsNullPointer (src, dst, state), noxStsBadSize, noxStsBadStep, noxStsOddStep (Nox32f),
+ * noxStsBadArgument for another borderType, noxStsBadSize when roi.width exceeds that of the state or when roi, with
+ * its rows rounded up to 32 bytes, has fewer bytes than the temporary image. A roi that is higher than the state's is
+ * not noticed and writes past the temporary image: keep to the size of the state.
+ * @{
+ */
+/** Opening of 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphOpenBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                             int borderType, const NoxiMorphAdvState *state);
+/** Opening of 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphOpenBorder_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                             int borderType, const NoxiMorphAdvState *state);
+/** Opening of 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphOpenBorder_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                             int borderType, const NoxiMorphAdvState *state);
+/** Opening of single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphOpenBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphAdvState *state);
+/** Opening of single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphOpenBorder_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphAdvState *state);
+/** Opening of single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphOpenBorder_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphAdvState *state);
+/** Closing of 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphCloseBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphAdvState *state);
+/** Closing of 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphCloseBorder_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphAdvState *state);
+/** Closing of 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphCloseBorder_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphAdvState *state);
+/** Closing of single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphCloseBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                               int borderType, const NoxiMorphAdvState *state);
+/** Closing of single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphCloseBorder_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                               int borderType, const NoxiMorphAdvState *state);
+/** Closing of single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphCloseBorder_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                               int borderType, const NoxiMorphAdvState *state);
+/** Top hat of 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphTophatBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                               int borderType, const NoxiMorphAdvState *state);
+/** Top hat of 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphTophatBorder_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                               int borderType, const NoxiMorphAdvState *state);
+/** Top hat of 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphTophatBorder_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                               int borderType, const NoxiMorphAdvState *state);
+/** Top hat of single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphTophatBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                                int borderType, const NoxiMorphAdvState *state);
+/** Top hat of single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphTophatBorder_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                                int borderType, const NoxiMorphAdvState *state);
+/** Top hat of single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphTophatBorder_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                                int borderType, const NoxiMorphAdvState *state);
+/** Black hat of 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphBlackhatBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                 int borderType, const NoxiMorphAdvState *state);
+/** Black hat of 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphBlackhatBorder_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                 int borderType, const NoxiMorphAdvState *state);
+/** Black hat of 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphBlackhatBorder_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                 int borderType, const NoxiMorphAdvState *state);
+/** Black hat of single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphBlackhatBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                  NoxiSize roi, int borderType, const NoxiMorphAdvState *state);
+/** Black hat of single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphBlackhatBorder_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                  NoxiSize roi, int borderType, const NoxiMorphAdvState *state);
+/** Black hat of single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphBlackhatBorder_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                  NoxiSize roi, int borderType, const NoxiMorphAdvState *state);
+/** Morphological gradient of 8-bit pixels, one channel. */
+NOX_API NoxStatus noxiMorphGradientBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                 int borderType, const NoxiMorphAdvState *state);
+/** Morphological gradient of 8-bit pixels, three channels. */
+NOX_API NoxStatus noxiMorphGradientBorder_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                 int borderType, const NoxiMorphAdvState *state);
+/** Morphological gradient of 8-bit pixels, four channels. */
+NOX_API NoxStatus noxiMorphGradientBorder_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                                 int borderType, const NoxiMorphAdvState *state);
+/** Morphological gradient of single-precision pixels, one channel. */
+NOX_API NoxStatus noxiMorphGradientBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                  NoxiSize roi, int borderType, const NoxiMorphAdvState *state);
+/** Morphological gradient of single-precision pixels, three channels. */
+NOX_API NoxStatus noxiMorphGradientBorder_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                  NoxiSize roi, int borderType, const NoxiMorphAdvState *state);
+/** Morphological gradient of single-precision pixels, four channels. */
+NOX_API NoxStatus noxiMorphGradientBorder_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
+                                                  NoxiSize roi, int borderType, const NoxiMorphAdvState *state);
+/** @} */
+
+/** The state of grey dilation and erosion: a record, followed by the kernel values. */
+typedef struct {
+    void *kernel;      /**< The first kernel value: Nox32s for Nox8u images, Nox32f for Nox32f. */
+    Nox32s maskWidth;  /**< The kernel's width. */
+    Nox32s maskHeight; /**< The kernel's height. */
+    Nox32s anchorX;    /**< The anchor's column. */
+    Nox32s anchorY;    /**< The anchor's row. */
+    Nox32s roiWidth;   /**< The largest width that the state serves. */
+    Nox32s roiHeight;  /**< The largest height that the state serves. */
+} NoxiMorphGrayState;
+
+/**
+ * @name States of grey morphology
+ * GetSize writes the bytes of the state for a kernel of maskSize values: 4 for each value, and 28 (in a build with
+ * 32-bit pointers). Init builds it in memory of the caller's, InitAlloc in a block from noxsMalloc_8u, which Free
+ * releases. A state keeps no reference to the caller's values, and calls only read it.
+ *
+ * Status, in this order: noxStsNullPointer (mask; size or state), noxStsBadSize when a side of roi or of maskSize is
+ * below 1, noxStsBadAnchor when the anchor is no cell of the mask, noxStsBadSize, and nothing stored, when the size
+ * exceeds the largest int, noxStsNoMemory. Free: noxStsNullPointer.
+ * @{
+ */
+/** Bytes of a state for 8-bit images. */
+NOX_API NoxStatus noxiMorphGrayGetSize_8u_C1R(NoxiSize roi, const Nox32s *mask, NoxiSize maskSize, int *size);
+/** Builds a state for 8-bit images. */
+NOX_API NoxStatus noxiMorphGrayInit_8u_C1R(NoxiMorphGrayState *state, NoxiSize roi, const Nox32s *mask,
+                                           NoxiSize maskSize, NoxiPoint anchor);
+/** Allocates and builds a state for 8-bit images. */
+NOX_API NoxStatus noxiMorphGrayInitAlloc_8u_C1R(NoxiMorphGrayState **state, NoxiSize roi, const Nox32s *mask,
+                                                NoxiSize maskSize, NoxiPoint anchor);
+/** Releases an allocated state for 8-bit images. */
+NOX_API NoxStatus noxiMorphGrayFree_8u_C1R(NoxiMorphGrayState *state);
+/** Bytes of a state for single-precision images. */
+NOX_API NoxStatus noxiMorphGrayGetSize_32f_C1R(NoxiSize roi, const Nox32f *mask, NoxiSize maskSize, int *size);
+/** Builds a state for single-precision images. */
+NOX_API NoxStatus noxiMorphGrayInit_32f_C1R(NoxiMorphGrayState *state, NoxiSize roi, const Nox32f *mask,
+                                            NoxiSize maskSize, NoxiPoint anchor);
+/** Allocates and builds a state for single-precision images. */
+NOX_API NoxStatus noxiMorphGrayInitAlloc_32f_C1R(NoxiMorphGrayState **state, NoxiSize roi, const Nox32f *mask,
+                                                 NoxiSize maskSize, NoxiPoint anchor);
+/** Releases an allocated state for single-precision images. */
+NOX_API NoxStatus noxiMorphGrayFree_32f_C1R(NoxiMorphGrayState *state);
+/** @} */
+
+/**
+ * @name Grey dilation and erosion
+ * dst(x, y) = the maximum (dilation) or minimum (erosion), over all cells (c, r) of the kernel k, of
+ * k(c, r) + src(x + c - anchor.x, y + r - anchor.y). A pixel outside the image is the nearest edge pixel. The kernel is
+ * added in erosion too: for the classical form give it negated values. All cells take part. One channel.
+ *
+ * Nox8u: the result is limited to 0 to 255. Kernel values above 255 act as 255, those below -255 as -255. Nox32f: the
+ * exact sum of the winner, rounded once; a result beyond the largest finite number on the losing side, and sums that
+ * are not numbers, give way to that number.
+ *
+ * src and dst may not overlap. Runs on the calling thread. The time grows with the number of cells.
+ *
+ * @param borderType  noxBorderReplicate.
+ *
+ * Status, in this order: noxStsNullPointer (src, dst, state), noxStsBadSize, noxStsBadStep, noxStsOddStep (Nox32f),
+ * noxStsBadArgument for another borderType, noxStsBadSize when a side of roi exceeds that of the state.
+ * @{
+ */
+/** Grey dilation of 8-bit pixels. */
+NOX_API NoxStatus noxiGrayDilateBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphGrayState *state);
+/** Grey dilation of single-precision pixels. */
+NOX_API NoxStatus noxiGrayDilateBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                               int borderType, const NoxiMorphGrayState *state);
+/** Grey erosion of 8-bit pixels. */
+NOX_API NoxStatus noxiGrayErodeBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
+                                             int borderType, const NoxiMorphGrayState *state);
+/** Grey erosion of single-precision pixels. */
+NOX_API NoxStatus noxiGrayErodeBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
+                                              int borderType, const NoxiMorphGrayState *state);
+/** @} */
+
 NOX_END_DECLS
 
 #endif

@@ -21,6 +21,8 @@ struct Layout {
 using Layouts = ::testing::Types<Layout<Nox8u, 1>, Layout<Nox8u, 3>, Layout<Nox8u, 4>, Layout<Nox32f, 1>,
                                  Layout<Nox32f, 3>, Layout<Nox32f, 4>>;
 
+using GrayTypes = ::testing::Types<Nox8u, Nox32f>;
+
 /// Of six functions of a family, the one of a layout.
 template <class Layout, class A, class B, class C, class D, class E, class F>
 constexpr auto memberOf(A a, B b, C c, D d, E e, F f) {

@@ -98,4 +98,23 @@ void overRectangle(bool largest, View<const T> src, View<T> dst, NoxiSize roi, N
             }
 }
 
+/// The largest (smallest) sum of a pixel and its kernel value, in extended precision, rounded and limited at the end.
+template <class T, class Kernel>
+void gray(bool largest, View<const T> src, View<T> dst, NoxiSize roi, const Kernel *kernel, NoxiSize size,
+          NoxiPoint anchor) {
+    constexpr bool bytes = sizeof(T) == 1;
+    for (int y = 0; y < roi.height; ++y)
+        for (int x = 0; x < roi.width; ++x) {
+            constexpr long double low = bytes ? 0.0L : -static_cast<long double>(std::numeric_limits<T>::max());
+            long double best = largest ? low : static_cast<long double>(std::numeric_limits<T>::max());
+            for (int r = 0; r < size.height; ++r)
+                for (int i = 0; i < size.width; ++i) {
+                    const T v = src.at(std::clamp(x + i - anchor.x, 0, roi.width - 1),
+                                       std::clamp(y + r - anchor.y, 0, roi.height - 1), 0);
+                    best = pick(largest, static_cast<long double>(kernel[r * size.width + i]) + v, best);
+                }
+            dst.at(x, y, 0) = static_cast<T>(bytes ? std::clamp(best, 0.0L, 255.0L) : best);
+        }
+}
+
 } // namespace reference::morphology

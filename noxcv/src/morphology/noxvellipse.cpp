@@ -40,7 +40,6 @@ void joinRuns(Rows<const T> src, Rows<T> dst, NoxiSize roi, int channels, const 
               const RowRoutine<T> *routines) {
     const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * channels;
     const Ring<T> ring(buffer, count * static_cast<int>(sizeof(T)), info);
-    const int bytes = static_cast<int>(std::min<std::ptrdiff_t>(count, 64) * sizeof(T));
     const int lastRow = roi.height - 1;
     int filtered = 0;
     for (int y = 0; y < roi.height; ++y) {
@@ -53,7 +52,7 @@ void joinRuns(Rows<const T> src, Rows<T> dst, NoxiSize roi, int channels, const 
             }
         for (int i = 0; i < info.runRows; ++i)
             ring.table[i] = ring.row(std::clamp(y + info.rowIndex[i] - info.anchorY, 0, lastRow), info.rowClass[i]);
-        NOX_ON_TIER_FOR(bytes, joinMany<Op, T>(ring.table, info.runRows, dst[y], count));
+        NOX_ON_TIER_FOR(tierBytes<T>(count), joinMany<Op, T>(ring.table, info.runRows, dst[y], count));
     }
 }
 

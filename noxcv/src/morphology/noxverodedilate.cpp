@@ -112,13 +112,12 @@ template <class Op, class T, class IsSet, class At>
 void joinPieces(const IsSet &isSet, NoxiSize mask, const Levels &levels, Rows<T> dst, int height, std::ptrdiff_t count,
                 const At &at) {
     const int cells = mask.width * mask.height;
-    const int bytes = static_cast<int>(std::min<std::ptrdiff_t>(count, 64) * sizeof(T));
     Pieces part;
     const auto join = [&](int y, bool more) {
         const T *from[Pieces::most];
         for (int i = 0; i < part.count; ++i)
             from[i] = at(y, part.list[i]);
-        NOX_ON_TIER_FOR(bytes, joinLimited<Op, T>(from, part.count, more, dst[y], count));
+        NOX_ON_TIER_FOR(tierBytes<T>(count), joinLimited<Op, T>(from, part.count, more, dst[y], count));
     };
     const int first = part.collect(isSet, mask, levels, 0);
     for (int y = 0; y < height; ++y) {

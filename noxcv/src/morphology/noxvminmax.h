@@ -1,6 +1,8 @@
 // Minimum and maximum over windows: the row and column routines, and the tables that choose them.
 #pragma once
 
+#include <cstddef>
+
 #include "noxtypes.h"
 #include "tiers.h"
 
@@ -26,6 +28,12 @@ template <class T>
 using ColumnRoutine = void (*)(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int channels,
                                int windowWidth, int windowHeight, int anchorX, int anchorY, RowRoutine<T> row,
                                T **rows);
+
+/// The bytes of a row, as far as they choose the processor tier.
+template <class T>
+constexpr int tierBytes(std::ptrdiff_t count) {
+    return static_cast<int>((count < 64 ? count : 64) * static_cast<std::ptrdiff_t>(sizeof(T)));
+}
 
 /// A run per non-empty row of a structuring element, as the erosion by rows of runs reads it.
 struct KernelInfo {

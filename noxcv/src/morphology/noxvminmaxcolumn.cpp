@@ -42,8 +42,9 @@ struct Columns {
             row(src[filtered], slot(filtered), roi.width, windowWidth, anchorX);
     }
     void copy(int y, const T *from) const { std::memcpy(dst[y], from, static_cast<std::size_t>(count) * sizeof(T)); }
-    void join(const T *a, const T *b, T *out) const { NOX_ON_TIER_FOR(bytes(), joinRows<Op, T>(a, b, out, count)); }
-    int bytes() const { return static_cast<int>(std::min<std::ptrdiff_t>(count, 64) * sizeof(T)); }
+    void join(const T *a, const T *b, T *out) const {
+        NOX_ON_TIER_FOR(tierBytes<T>(count), joinRows<Op, T>(a, b, out, count));
+    }
 
     /// The outputs above the first one whose window begins in the image: each takes one more row into the one before.
     void top(int windowHeight, int anchor) {
@@ -89,7 +90,7 @@ struct Columns {
             else if (i == 1 || next >= roi.height)
                 join(i == 1 ? suffix : running, i == 1 ? running : suffix, dst[y]);
             else
-                NOX_ON_TIER_FOR(bytes(), joinPrefix<Op, T>(running, slot(next), suffix, dst[y], count));
+                NOX_ON_TIER_FOR(tierBytes<T>(count), joinPrefix<Op, T>(running, slot(next), suffix, dst[y], count));
         }
     }
 
@@ -102,7 +103,7 @@ struct Columns {
             fetch(y - anchor + taps);
             for (int i = 0; i <= taps; ++i)
                 rows[i] = slot(y - anchor + i);
-            NOX_ON_TIER_FOR(bytes(), joinTwo<Op, T, taps>(rows, dst[y], dst[y + 1], count));
+            NOX_ON_TIER_FOR(tierBytes<T>(count), joinTwo<Op, T, taps>(rows, dst[y], dst[y + 1], count));
         }
         fetch(roi.height - 1);
         for (; y < roi.height; ++y) {
@@ -113,7 +114,7 @@ struct Columns {
             if (n == 1)
                 copy(y, rows[0]);
             else
-                NOX_ON_TIER_FOR(bytes(), joinMany<Op, T>(rows, n, dst[y], count));
+                NOX_ON_TIER_FOR(tierBytes<T>(count), joinMany<Op, T>(rows, n, dst[y], count));
         }
     }
 };

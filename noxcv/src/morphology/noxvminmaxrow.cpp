@@ -69,11 +69,10 @@ void wholeWindows(const T *src, T *dst, int width, int left, int right) {
     if (inside <= 0)
         return;
     T *const first = dst + static_cast<std::ptrdiff_t>(left) * channels;
-    const int bytes = static_cast<int>(std::min<std::ptrdiff_t>(inside, 64) * sizeof(T));
     if (window == fixed) {
-        NOX_ON_TIER_FOR(bytes, windows<Op, T, channels, fixed>(src, first, inside, window));
+        NOX_ON_TIER_FOR(tierBytes<T>(inside), windows<Op, T, channels, fixed>(src, first, inside, window));
     } else {
-        NOX_ON_TIER_FOR(bytes, windows<Op, T, channels, 0>(src, first, inside, window));
+        NOX_ON_TIER_FOR(tierBytes<T>(inside), windows<Op, T, channels, 0>(src, first, inside, window));
     }
     if (window <= shortWindow)
         return;
