@@ -577,6 +577,54 @@ NOX_API NoxStatus noxiGrayErodeBorder_32f_C1R(const Nox32f *src, int srcStep, No
                                               int borderType, const NoxiMorphGrayState *state);
 /** @} */
 
+/**
+ * @name Buffer of reconstruction
+ * Writes the bytes of the buffer for an image of size roi: 4 w + h + 130 for Nox8u, 16 w + h + 130 for Nox32f.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize; noxStsBadSize, and nothing stored, when the size exceeds the
+ * largest int.
+ * @{
+ */
+/** Bytes for 8-bit images. */
+NOX_API NoxStatus noxiMorphReconstructGetBufferSize_8u_C1(NoxiSize roi, int *size);
+/** Bytes for single-precision images. */
+NOX_API NoxStatus noxiMorphReconstructGetBufferSize_32f_C1(NoxiSize roi, int *size);
+/** @} */
+
+/**
+ * @name Reconstruction by dilation and erosion
+ * Grows the marker srcDst under the mask src (dilation): srcDst is cut at src, then each pixel takes the maximum of
+ * itself and its neighbours, cut at src, again and again until nothing changes. Erosion is the mirror image: the marker
+ * shrinks above the mask, with minimum and maximum exchanged. The result is that fixed point exactly, for every thread
+ * count (L. Vincent, "Morphological grayscale reconstruction in image analysis: applications and efficient algorithms",
+ * 1993).
+ *
+ * Nox32f images may hold infinities; a zero may come out with either sign. Not-a-numbers spread in no defined way, but
+ * the call ends.
+ *
+ * src and srcDst may not overlap. Two threads share images of at least 11 by 11 pixels.
+ *
+ * @param buffer  of the size that the query tells for this roi; any alignment.
+ * @param norm    1: a pixel has 4 neighbours; 0: it has 8.
+ *
+ * Status, in this order: noxStsNullPointer (src, srcDst, buffer), noxStsBadSize, noxStsBadStep, noxStsOddStep (Nox32f),
+ * noxStsBadArgument for another norm.
+ * @{
+ */
+/** Reconstruction by dilation of 8-bit pixels. */
+NOX_API NoxStatus noxiMorphReconstructDilate_8u_C1IR(const Nox8u *src, int srcStep, Nox8u *srcDst, int srcDstStep,
+                                                     NoxiSize roi, Nox8u *buffer, int norm);
+/** Reconstruction by dilation of single-precision pixels. */
+NOX_API NoxStatus noxiMorphReconstructDilate_32f_C1IR(const Nox32f *src, int srcStep, Nox32f *srcDst, int srcDstStep,
+                                                      NoxiSize roi, Nox8u *buffer, int norm);
+/** Reconstruction by erosion of 8-bit pixels. */
+NOX_API NoxStatus noxiMorphReconstructErode_8u_C1IR(const Nox8u *src, int srcStep, Nox8u *srcDst, int srcDstStep,
+                                                    NoxiSize roi, Nox8u *buffer, int norm);
+/** Reconstruction by erosion of single-precision pixels. */
+NOX_API NoxStatus noxiMorphReconstructErode_32f_C1IR(const Nox32f *src, int srcStep, Nox32f *srcDst, int srcDstStep,
+                                                     NoxiSize roi, Nox8u *buffer, int norm);
+/** @} */
+
 NOX_END_DECLS
 
 #endif

@@ -117,4 +117,37 @@ void gray(bool largest, View<const T> src, View<T> dst, NoxiSize roi, const Kern
         }
 }
 
+/// Reconstruction: the marker is cut at the mask and grows in raster order and against it until nothing changes.
+template <class T>
+void reconstruct(bool dilate, View<const T> mask, View<T> marker, NoxiSize roi, bool eight) {
+    const auto cut = [&](T v, int x, int y) { return pick(!dilate, v, mask.at(x, y, 0)); };
+    for (int y = 0; y < roi.height; ++y)
+        for (int x = 0; x < roi.width; ++x)
+            marker.at(x, y, 0) = cut(marker.at(x, y, 0), x, y);
+    bool changed = true;
+    const auto visit = [&](int x, int y) {
+        T best = marker.at(x, y, 0);
+        for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx) {
+                const bool outside = x + dx < 0 || x + dx >= roi.width || y + dy < 0 || y + dy >= roi.height;
+                if (!outside && (eight || dx == 0 || dy == 0))
+                    best = pick(dilate, marker.at(x + dx, y + dy, 0), best);
+            }
+        best = cut(best, x, y);
+        if (best != marker.at(x, y, 0)) {
+            marker.at(x, y, 0) = best;
+            changed = true;
+        }
+    };
+    while (changed) {
+        changed = false;
+        for (int y = 0; y < roi.height; ++y)
+            for (int x = 0; x < roi.width; ++x)
+                visit(x, y);
+        for (int y = roi.height - 1; y >= 0; --y)
+            for (int x = roi.width - 1; x >= 0; --x)
+                visit(x, y);
+    }
+}
+
 } // namespace reference::morphology
