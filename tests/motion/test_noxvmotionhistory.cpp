@@ -119,7 +119,7 @@ TYPED_TEST(MotionHistory, MinusZeroAtALimitOfZero) {
     mhi.fill(-0.0F);
     EXPECT_EQ(call(silhouette.data(), silhouette.step(), mhi.data(), mhi.step(), mhi.roi(), 1.0F, 1.0F), noxStsNoError);
     const bool isFloat = std::is_floating_point_v<T>;
-    EXPECT_EQ(std::bit_cast<unsigned>(mhi.at(0, 0)), isFloat ? 0x80000000U : 0U);
+    EXPECT_EQ(std::bit_cast<unsigned>(Nox32f(mhi.at(0, 0))), isFloat ? 0x80000000U : 0U);
 }
 
 TYPED_TEST(MotionHistory, StatusesInOrder) {
