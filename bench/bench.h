@@ -1,4 +1,6 @@
-// The benchmark runner's interface: a source registers members, the runner measures and prints them.
+// What a source of benchmarks registers: its members, each with a call on images of any size. Two programs use the
+// list: the benchmark runner (main.cpp) measures the calls, the digest (digest.cpp) prints a hash of what each
+// computes.
 #pragma once
 
 #include <cstddef>
@@ -30,20 +32,31 @@ struct Member {
 
 /// Adds a member to the table.
 void add(Member member);
+/// All members so far.
+const std::vector<Member> &members();
 
 /// Registers the members of one source before main.
 struct Registrar {
     explicit Registrar(void (*addMembers)()) { addMembers(); }
 };
 
-/// A packed image with 64-byte aligned rows start, shared by the closures of a Work.
+/// At least `bytes` bytes on a 64-byte boundary. The digest program fills them and looks at them after the call.
+std::shared_ptr<void> imageMemory(std::size_t bytes);
+
+/// Tells a call's result that is no image; the digest program takes it in.
+void keepBytes(const void *bytes, std::size_t count);
+template <class... Result>
+void keep(const Result &...results) {
+    (keepBytes(&results, sizeof(results)), ...);
+}
+
+/// A packed image whose first row starts on a 64-byte boundary, shared by the closures of a Work.
 template <class T>
 class Image {
 public:
     Image(NoxiSize size, int channels = 1)
         : size_(size), step_(size.width * channels * int(sizeof(T))),
-          data_(static_cast<T *>(std::aligned_alloc(64, (std::size_t(step_) * size.height + 127) / 64 * 64)),
-                std::free) {}
+          data_(std::static_pointer_cast<T>(imageMemory(std::size_t(step_) * size.height))) {}
 
     T *data() const { return data_.get(); }
     int step() const { return step_; }
@@ -54,6 +67,17 @@ private:
     NoxiSize size_;
     int step_;
     std::shared_ptr<T> data_;
+};
+
+/// A work buffer: what a call leaves in it is no result.
+class Buffer {
+public:
+    explicit Buffer(int bytes)
+        : data_(static_cast<Nox8u *>(std::aligned_alloc(64, (std::size_t(bytes) + 127) / 64 * 64)), std::free) {}
+    Nox8u *data() const { return data_.get(); }
+
+private:
+    std::shared_ptr<Nox8u> data_;
 };
 
 /// A smooth picture with some texture, in the element's natural range (floats 0 to 255).

@@ -5,7 +5,7 @@
 #include "noxcv.h"
 #include "reference/accumulate.h"
 
-using reference::Term;
+using reference::accumulate::Term;
 
 namespace {
 
@@ -31,9 +31,9 @@ void addMember(const char *name, Term term, bool masked, Run run) {
                     const Pictures<T> p(size);
                     return {[=] { run(p, size); },
                             [=] {
-                                reference::accumulate(term, p.a.data(), p.a.step(), p.b.data(), p.b.step(),
-                                                      masked ? p.mask.data() : nullptr, p.mask.step(), p.sum.data(),
-                                                      p.sum.step(), size, weight);
+                                reference::accumulate::accumulate(term, p.a.data(), p.a.step(), p.b.data(), p.b.step(),
+                                                                  masked ? p.mask.data() : nullptr, p.mask.step(),
+                                                                  p.sum.data(), p.sum.step(), size, weight);
                             }};
                 }});
 }

@@ -31,12 +31,15 @@ bench::Work cannyWork(Entry entry, const bench::Image<T> &dx, const bench::Image
     const bench::Image<Nox8u> dst(size);
     int bytes = 0;
     noxiCannyGetSize(size, &bytes);
-    const bench::Image<Nox8u> buffer({bytes, 1});
-    return {
-        [=] {
-            entry(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low, high, buffer.data());
-        },
-        [=] { reference::canny(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low, high); }};
+    const bench::Buffer buffer(bytes);
+    return {[=] {
+                entry(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low, high,
+                      buffer.data());
+            },
+            [=] {
+                reference::canny::canny(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), size, low,
+                                        high);
+            }};
 }
 
 template <class T, class Entry>
@@ -75,7 +78,7 @@ void addColorToGray(const char *name, Entry entry, int norm) {
                             [=] {
                                 for (std::size_t i = 0; i < dst.count(); ++i) {
                                     const T *s = src.data() + 3 * i;
-                                    dst.data()[i] = reference::colorToGray(s[0], s[1], s[2], norm);
+                                    dst.data()[i] = reference::canny::colorToGray(s[0], s[1], s[2], norm);
                                 }
                             }};
                 }});
@@ -86,9 +89,11 @@ void addAbsDiff(const char *name, Entry entry) {
     bench::add({name, 2.0 * sizeof(T), sizeof(T), false, [entry](NoxiSize size) -> bench::Work {
                     const auto a = bench::picture<T>(size, 1, 1), b = bench::picture<T>(size, 1, 2);
                     const bench::Image<T> d(size);
-                    return {
-                        [=] { entry(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size); },
-                        [=] { reference::absDiff(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size); }};
+                    return {[=] { entry(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), size); },
+                            [=] {
+                                reference::absdiff::absDiff(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(),
+                                                            size);
+                            }};
                 }});
 }
 
@@ -100,7 +105,7 @@ void addAbsDiffC(const char *name, Entry entry, Value value) {
                     return {[=] { entry(a.data(), a.step(), d.data(), d.step(), size, value); },
                             [=] {
                                 for (std::size_t i = 0; i < d.count(); ++i)
-                                    d.data()[i] = reference::absDiff(a.data()[i], static_cast<T>(value));
+                                    d.data()[i] = reference::absdiff::absDiff(a.data()[i], static_cast<T>(value));
                             }};
                 }});
 }

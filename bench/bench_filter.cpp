@@ -12,7 +12,7 @@
 
 namespace {
 
-using reference::Filter;
+using reference::filterborder::Filter;
 
 /// Binomial taps whose sum stays small enough for 16 bits, and what they add up to; floats have all their bits.
 template <class Tap>
@@ -45,7 +45,7 @@ struct RowSet {
 
 std::string named(const char *name, int kernelSize) { return std::string(name) + " " + std::to_string(kernelSize); }
 
-bench::Image<Nox8u> bufferOf(int bytes) { return bench::Image<Nox8u>({bytes + 1, 1}); }
+bench::Buffer bufferOf(int bytes) { return bench::Buffer(bytes + 1); }
 
 /// A row pipeline. call(src, step, rows, roi, kernel, kernelSize, buffer).
 template <class T, class Out, class Tap, int Channels, class Sum, class Store, class Call, class Size>
@@ -66,9 +66,9 @@ void addRows(const char *name, Call call, Size size) {
                                 },
                                 [=] {
                                     const T value[3] = {};
-                                    reference::filterRows<Sum>(src.data(), src.step(), dst.pointers(), roi, Channels,
-                                                               kernel.data(), kernelSize, kernelSize / 2, 1, value,
-                                                               Store(divisor));
+                                    reference::separable::filterRows<Sum>(src.data(), src.step(), dst.pointers(), roi,
+                                                                          Channels, kernel.data(), kernelSize,
+                                                                          kernelSize / 2, 1, value, Store(divisor));
                                 }};
                     }});
 }
@@ -89,20 +89,20 @@ void addColumns(const char *name, Call call, Size size) {
                                          buffer.data());
                                 },
                                 [=] {
-                                    reference::filterColumns<Sum>(src.readablePointers(), dst.data(), dst.step(),
-                                                                  roi.width * Channels, roi.height, kernel.data(),
-                                                                  kernelSize, Store(divisor));
+                                    reference::separable::filterColumns<Sum>(
+                                        src.readablePointers(), dst.data(), dst.step(), roi.width * Channels,
+                                        roi.height, kernel.data(), kernelSize, Store(divisor));
                                 }};
                     }});
 }
 
-struct Rounding : reference::Rounded {
+struct Rounding : reference::separable::Rounded {
     explicit Rounding(int) {}
 };
-using Wrapping = reference::WrappingSum;
-using Extended = reference::ExtendedSum;
+using Wrapping = reference::separable::WrappingSum;
+using Extended = reference::separable::ExtendedSum;
 template <class T>
-using Clamped = reference::ClampedQuotient<T>;
+using Clamped = reference::separable::ClampedQuotient<T>;
 
 // One line per member: types, channels, reference arithmetic, tag; then where the arguments differ.
 #define ROWS(T, OUT, CHANNELS, SUM, STORE, TAG, VALUE)                                                                 \
@@ -175,7 +175,7 @@ void addFilter(const char *name, int kernelSize, Call call, Size size, Plain pla
         },                                                                                                             \
         noxiFilter##NAME##GetBufferSize_8u16s_C1R,                                                                     \
         [](int size, const Nox8u *s, int ss, Nox16s *d, int ds, NoxiSize roi) {                                        \
-            reference::filter8u16s(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0);                                     \
+            reference::filterborder::filter8u16s(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0);                       \
         })
 #define FILTER_8S(NAME, FILTER, SIZE)                                                                                  \
     addFilter<Nox8u, Nox8s>(                                                                                           \
@@ -185,7 +185,7 @@ void addFilter(const char *name, int kernelSize, Call call, Size size, Plain pla
         },                                                                                                             \
         noxiFilter##NAME##GetBufferSize_8u8s_C1R,                                                                      \
         [](int size, const Nox8u *s, int ss, Nox8s *d, int ds, NoxiSize roi) {                                         \
-            reference::filter8u8s(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0, 9);                                   \
+            reference::filterborder::filter8u8s(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0, 9);                     \
         })
 #define FILTER_32F(NAME, FILTER, SIZE)                                                                                 \
     addFilter<Nox32f, Nox32f>(                                                                                         \
@@ -195,7 +195,7 @@ void addFilter(const char *name, int kernelSize, Call call, Size size, Plain pla
         },                                                                                                             \
         noxiFilter##NAME##GetBufferSize_32f_C1R,                                                                       \
         [](int size, const Nox32f *s, int ss, Nox32f *d, int ds, NoxiSize roi) {                                       \
-            reference::filter32f(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0);                                       \
+            reference::filterborder::filter32f(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0);                         \
         })
 #define SOBEL(NAME, FILTER)                                                                                            \
     for (const int size : {3, 5}) {                                                                                    \
@@ -212,7 +212,7 @@ void addFilter(const char *name, int kernelSize, Call call, Size size, Plain pla
         },                                                                                                             \
         [](NoxiSize roi, int, int *bytes) { noxiFilter##NAME##GetBufferSize_##TAG##_C1R(roi, bytes); },                \
         [](int size, const TYPE *s, int ss, OUT *d, int ds, NoxiSize roi) {                                            \
-            reference::PLAIN(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0 __VA_OPT__(, ) __VA_ARGS__);                \
+            reference::filterborder::PLAIN(Filter::FILTER, size, s, ss, d, ds, roi, 1, 0 __VA_OPT__(, ) __VA_ARGS__);  \
         })
 #define SCHARR(NAME, FILTER)                                                                                           \
     FILTER_3(NAME, FILTER, Nox16s, 8u16s, Nox8u, filter8u16s);                                                         \
@@ -227,11 +227,12 @@ void addGauss(int kernelSize) {
                     noxiFilterGaussGetBufferSize_32f_C1R(roi, kernelSize, &bytes);
                     const auto buffer = bufferOf(bytes);
                     const auto kernel = taps<Nox32f>(kernelSize);
-                    return {[=] {
-                                noxiFilterGaussBorder_32f_C1R(src.data(), src.step(), dst.data(), dst.step(), roi,
-                                                              kernelSize, 2.0F, 1, 0, buffer.data());
-                            },
-                            [=] { reference::gauss(src.data(), src.step(), dst.data(), dst.step(), roi, kernel); }};
+                    return {
+                        [=] {
+                            noxiFilterGaussBorder_32f_C1R(src.data(), src.step(), dst.data(), dst.step(), roi,
+                                                          kernelSize, 2.0F, 1, 0, buffer.data());
+                        },
+                        [=] { reference::gauss::gauss(src.data(), src.step(), dst.data(), dst.step(), roi, kernel); }};
                 }});
 }
 
@@ -256,8 +257,8 @@ const bench::Registrar registrar([] {
     ROWS(Nox8u, Nox16s, 3, Wrapping, Clamped<Nox16s>, 8u16s_C3R, none8u);
     ROWS(Nox16s, Nox16s, 1, Extended, Clamped<Nox16s>, 16s_C1R, 0);
     ROWS(Nox16s, Nox16s, 3, Extended, Clamped<Nox16s>, 16s_C3R, none16s);
-    ROWS(Nox16s, Nox16s, 1, Wrapping, reference::LowProduct, Low_16s_C1R, 0);
-    ROWS(Nox16s, Nox16s, 3, Wrapping, reference::LowProduct, Low_16s_C3R, none16s);
+    ROWS(Nox16s, Nox16s, 1, Wrapping, reference::separable::LowProduct, Low_16s_C1R, 0);
+    ROWS(Nox16s, Nox16s, 3, Wrapping, reference::separable::LowProduct, Low_16s_C3R, none16s);
     ROWS_32F(1, 32f_C1R, 0);
     ROWS_32F(3, 32f_C3R, none32f);
     COLUMNS(Nox16s, 1, Extended, Clamped<Nox16s>, 16s_C1R);
@@ -266,8 +267,8 @@ const bench::Registrar registrar([] {
     COLUMNS(Nox8u, 3, Extended, Clamped<Nox8u>, 16s8u_C3R);
     COLUMNS(Nox8s, 1, Extended, Clamped<Nox8s>, 16s8s_C1R);
     COLUMNS(Nox8s, 3, Extended, Clamped<Nox8s>, 16s8s_C3R);
-    COLUMNS(Nox16s, 1, Wrapping, reference::LowQuotient, Low_16s_C1R);
-    COLUMNS(Nox16s, 3, Wrapping, reference::LowQuotient, Low_16s_C3R);
+    COLUMNS(Nox16s, 1, Wrapping, reference::separable::LowQuotient, Low_16s_C1R);
+    COLUMNS(Nox16s, 3, Wrapping, reference::separable::LowQuotient, Low_16s_C3R);
     COLUMNS_32F(1, 32f_C1R);
     COLUMNS_32F(3, 32f_C3R);
     SOBEL(SobelHoriz, sobelHoriz)
@@ -287,7 +288,7 @@ const bench::Registrar registrar([] {
             },
             noxiFilterLowpassGetBufferSize_8u_C1R,
             [](int mask, const Nox8u *s, int ss, Nox8u *d, int ds, NoxiSize roi) {
-                reference::lowpass8u(mask, s, ss, d, ds, roi, 1, 0);
+                reference::filterborder::lowpass8u(mask, s, ss, d, ds, roi, 1, 0);
             });
         FILTER_32F(Lowpass, lowpass, size);
     }

@@ -137,11 +137,15 @@ struct Job {
         next = prev;
         Member<T>::track(&first.get(), &second.get(), prev.data(), next.data(), status.data(), error.data(), pointCount,
                          winSize, lastLevel, maxIter, threshold, state);
+        bench::keepBytes(next.data(), next.size() * sizeof(next[0]));
+        bench::keepBytes(status.data(), status.size());
+        bench::keepBytes(error.data(), error.size() * sizeof(error[0]));
     }
     void trackPlain() {
         next = prev;
-        reference::opticalFlow<T>(first.get(), second.get(), prev.data(), next.data(), status.data(), error.data(),
-                                  pointCount, winSize, lastLevel, maxIter, threshold, coarse);
+        reference::opticalflow::opticalFlow<T>(first.get(), second.get(), prev.data(), next.data(), status.data(),
+                                               error.data(), pointCount, winSize, lastLevel, maxIter, threshold,
+                                               coarse);
     }
 };
 

@@ -28,7 +28,7 @@ void addVectorCopy(const char *name, Entry entry) {
         const auto a = bench::picture<T>(size);
         const Image<T> d(size);
         return {[=] { entry(a.data(), d.data(), lengthOf(size)); },
-                [=] { reference::copy(a.data(), a.step(), d.data(), d.step(), size, 1); }};
+                [=] { reference::border::copy(a.data(), a.step(), d.data(), d.step(), size, 1); }};
     });
 }
 
@@ -37,7 +37,8 @@ template <class T, class Entry>
 void addVectorSet(const char *name, T value, Entry entry) {
     add(name, 0, sizeof(T), [=](NoxiSize size) -> Work {
         const Image<T> d(size);
-        return {[=] { entry(d.data(), lengthOf(size)); }, [=] { reference::set<T>(value, d.data(), d.step(), size); }};
+        return {[=] { entry(d.data(), lengthOf(size)); },
+                [=] { reference::border::set<T>(value, d.data(), d.step(), size); }};
     });
 }
 
@@ -150,7 +151,7 @@ void addCopy(const char *name, int channels, Entry entry) {
         const auto a = bench::picture<T>(size, channels);
         const Image<T> d(size, channels);
         return {[=] { entry(a.data(), a.step(), d.data(), d.step(), size); },
-                [=] { reference::copy(a.data(), a.step(), d.data(), d.step(), size, channels); }};
+                [=] { reference::border::copy(a.data(), a.step(), d.data(), d.step(), size, channels); }};
     });
 }
 
@@ -167,8 +168,8 @@ void addReplicate(const std::string &name, int channels, Copy copy, InPlace inPl
         const Image<T> d(whole, channels);
         return {[=] { copy(a.data(), a.step(), size, d.data(), d.step(), whole, border, border); },
                 [=] {
-                    reference::copyReplicated<T>(a.data(), a.step(), size, d.data(), d.step(), whole, border, border,
-                                                 channels);
+                    reference::border::copyReplicated<T>(a.data(), a.step(), size, d.data(), d.step(), whole, border,
+                                                         border, channels);
                 }};
     });
     // Reads and writes the border alone: the figures by pixel say little here.
@@ -254,14 +255,14 @@ void addThreshold(const char *name, bool inPlace, Entry entry, Formula formula) 
 }
 
 void addThresholds() {
-    const auto greater = [](Nox8u v) { return reference::thresholdValue(v, 128, 9, noxCmpGreater); };
-    const auto less = [](Nox32f v) { return reference::threshold(v, 100.0F, noxCmpLess); };
+    const auto greater = [](Nox8u v) { return reference::elementwise::thresholdValue(v, 128, 9, noxCmpGreater); };
+    const auto less = [](Nox32f v) { return reference::elementwise::threshold(v, 100.0F, noxCmpLess); };
     addThreshold<Nox8u>(
         "noxiThreshold_Val_8u_C1R", false,
         [](auto &a, auto &d, NoxiSize size) {
             noxiThreshold_Val_8u_C1R(a.data(), a.step(), d.data(), d.step(), size, 128, 9, noxCmpLess);
         },
-        [](Nox8u v) { return reference::thresholdValue(v, 128, 9, noxCmpLess); });
+        [](Nox8u v) { return reference::elementwise::thresholdValue(v, 128, 9, noxCmpLess); });
     addThreshold<Nox8u>(
         "noxiThreshold_GTVal_8u_C1R", false,
         [](auto &a, auto &d, NoxiSize size) {
@@ -276,7 +277,7 @@ void addThresholds() {
         [](auto &a, auto &d, NoxiSize size) {
             noxiThreshold_32f_C1R(a.data(), a.step(), d.data(), d.step(), size, 100.0F, noxCmpGreater);
         },
-        [](Nox32f v) { return reference::threshold(v, 100.0F, noxCmpGreater); });
+        [](Nox32f v) { return reference::elementwise::threshold(v, 100.0F, noxCmpGreater); });
     addThreshold<Nox32f>(
         "noxiThreshold_LT_32f_C1R", false,
         [](auto &a, auto &d, NoxiSize size) {
@@ -297,10 +298,12 @@ void addVectors() {
     addVectorSet<Nox16s>("noxsZero_16s", 0, noxsZero_16s);
     addVectorSet<Nox32s>("noxsZero_32s", 0, noxsZero_32s);
     addVectorSet<Nox32f>("noxsZero_32f", 0, noxsZero_32f);
-    addEvery<Nox8u>("noxsMinEvery", "8u", noxsMinEvery_8u_I, noxsMinEvery_8u, reference::lesser<Nox8u>);
-    addEvery<Nox8u>("noxsMaxEvery", "8u", noxsMaxEvery_8u_I, noxsMaxEvery_8u, reference::greater<Nox8u>);
-    addEvery<Nox32f>("noxsMinEvery", "32f", noxsMinEvery_32f_I, noxsMinEvery_32f, reference::lesser<Nox32f>);
-    addEvery<Nox32f>("noxsMaxEvery", "32f", noxsMaxEvery_32f_I, noxsMaxEvery_32f, reference::greater<Nox32f>);
+    addEvery<Nox8u>("noxsMinEvery", "8u", noxsMinEvery_8u_I, noxsMinEvery_8u, reference::elementwise::lesser<Nox8u>);
+    addEvery<Nox8u>("noxsMaxEvery", "8u", noxsMaxEvery_8u_I, noxsMaxEvery_8u, reference::elementwise::greater<Nox8u>);
+    addEvery<Nox32f>("noxsMinEvery", "32f", noxsMinEvery_32f_I, noxsMinEvery_32f,
+                     reference::elementwise::lesser<Nox32f>);
+    addEvery<Nox32f>("noxsMaxEvery", "32f", noxsMaxEvery_32f_I, noxsMaxEvery_32f,
+                     reference::elementwise::greater<Nox32f>);
     addMulC();
     addRoots();
 }
@@ -309,7 +312,7 @@ void addConstantFillAndBorder() {
     add("noxiSet_8u_C1R", 0, 1, [](NoxiSize size) -> Work {
         const Image<Nox8u> d(size);
         return {[=] { noxiSet_8u_C1R(7, d.data(), d.step(), size); },
-                [=] { reference::set<Nox8u>(7, d.data(), d.step(), size); }};
+                [=] { reference::border::set<Nox8u>(7, d.data(), d.step(), size); }};
     });
     add("noxiCopyConstBorder_8u_C1R", 1, 1, [](NoxiSize size) -> Work {
         const NoxiSize whole = around(size);
@@ -318,7 +321,8 @@ void addConstantFillAndBorder() {
         return {
             [=] { noxiCopyConstBorder_8u_C1R(a.data(), a.step(), size, d.data(), d.step(), whole, border, border, 7); },
             [=] {
-                reference::copyConstant<Nox8u>(a.data(), a.step(), size, d.data(), d.step(), whole, border, border, 7);
+                reference::border::copyConstant<Nox8u>(a.data(), a.step(), size, d.data(), d.step(), whole, border,
+                                                       border, 7);
             }};
     });
 }

@@ -16,10 +16,12 @@ void addDown(const std::string &name, Entry entry, int channels) {
     bench::add({name, element, element / 4, false, [entry, channels](NoxiSize size) -> bench::Work {
                     const auto src = bench::picture<T>(size, channels);
                     const bench::Image<T> dst({(size.width + 1) / 2, (size.height + 1) / 2}, channels);
-                    const bench::Image<Nox8u> buffer({size.width * channels * 24 + 256, 1});
-                    return {
-                        [=] { entry(src.data(), src.step(), dst.data(), dst.step(), size, buffer.data()); },
-                        [=] { reference::pyrDown(src.data(), src.step(), dst.data(), dst.step(), size, channels); }};
+                    const bench::Buffer buffer(size.width * channels * 24 + 256);
+                    return {[=] { entry(src.data(), src.step(), dst.data(), dst.step(), size, buffer.data()); },
+                            [=] {
+                                reference::pyrgauss::pyrDown(src.data(), src.step(), dst.data(), dst.step(), size,
+                                                             channels);
+                            }};
                 }});
 }
 
@@ -29,9 +31,12 @@ void addUp(const std::string &name, Entry entry, int channels) {
     bench::add({name, element, element * 4, false, [entry, channels](NoxiSize size) -> bench::Work {
                     const auto src = bench::picture<T>(size, channels);
                     const bench::Image<T> dst({size.width * 2, size.height * 2}, channels);
-                    const bench::Image<Nox8u> buffer({size.width * channels * 24 + 256, 1});
+                    const bench::Buffer buffer(size.width * channels * 24 + 256);
                     return {[=] { entry(src.data(), src.step(), dst.data(), dst.step(), size, buffer.data()); },
-                            [=] { reference::pyrUp(src.data(), src.step(), dst.data(), dst.step(), size, channels); }};
+                            [=] {
+                                reference::pyrgauss::pyrUp(src.data(), src.step(), dst.data(), dst.step(), size,
+                                                           channels);
+                            }};
                 }});
 }
 
@@ -54,20 +59,20 @@ void addLayer(const std::string &name, Init init, Entry entry, int channels, int
     const std::string title = name + " n" + std::to_string(n) + " rate " + (rate == 2.0F ? "2" : "1.5");
     bench::add(
         {title, element, down ? element / ratio : element * ratio, false, [=](NoxiSize size) -> bench::Work {
-             using Tap = reference::LayerTap<T>;
+             using Tap = reference::pyrlayer::LayerTap<T>;
              NoxiSize to{}, low{};
              if (down)
                  noxiGetPyramidDownROI(size, &to, rate);
              else
                  noxiGetPyramidUpROI(size, &low, &to, rate);
              const auto kernel = binomial<Tap>(n);
-             const auto taps = reference::normalised(kernel, down, Tap(0));
+             const auto taps = reference::pyrlayer::normalised(kernel, down, Tap(0));
              NoxiPyramidLayerState *made = nullptr;
              init(&made, down ? size : to, rate, kernel.data(), n, 2);
              const State state(made, noxiPyramidLayerDownFree);
              const auto src = bench::picture<T>(size, channels);
              const bench::Image<T> dst(to, channels);
-             const auto plain = down ? reference::layerDown<T> : reference::layerUp<T>;
+             const auto plain = down ? reference::pyrlayer::layerDown<T> : reference::pyrlayer::layerUp<T>;
              return {[=] { entry(src.data(), src.step(), size, dst.data(), dst.step(), to, state.get()); },
                      [=] { plain(src.data(), src.step(), size, dst.data(), dst.step(), to, channels, taps, n, rate); }};
          }});

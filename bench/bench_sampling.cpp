@@ -21,8 +21,8 @@ void addShift(const std::string &name, Call call) {
                     return {
                         [=] { call(trackerScale, src.data(), src.step(), dst.data(), dst.step(), size, 0.3F, 0.7F); },
                         [=] {
-                            reference::copySubpix(src.data(), src.step(), dst.data(), dst.step(), size, 0.3F, 0.7F,
-                                                  trackerScale);
+                            reference::subpix::copySubpix(src.data(), src.step(), dst.data(), dst.step(), size, 0.3F,
+                                                          0.7F, trackerScale);
                         }};
                 }});
 }
@@ -54,8 +54,9 @@ void addPatch(const std::string &name, Call call, bool innerOnly) {
                                 [=] {
                                     NoxiPoint min, max;
                                     for (const NoxiPoint32f &point : points)
-                                        reference::cutSubpix(src.data(), src.step(), picture, dst.data(), dst.step(),
-                                                             patch, point, &min, &max, trackerScale, innerOnly);
+                                        reference::subpix::cutSubpix(src.data(), src.step(), picture, dst.data(),
+                                                                     dst.step(), patch, point, &min, &max, trackerScale,
+                                                                     innerOnly);
                                 }};
                     },
                     {{side * 100, side * 100}}});
@@ -65,38 +66,39 @@ void addPatch(const std::string &name, Call call, bool innerOnly) {
 template <class T, class Call>
 void addLine(const std::string &name, Call call, int channels) {
     const double bytes = channels * double(sizeof(T));
-    bench::add(
-        {name,
-         bytes,
-         bytes,
-         false,
-         [=](NoxiSize size) -> bench::Work {
-             const NoxiSize picture = {640, 480};
-             const auto src = bench::picture<T>(picture, channels);
-             const bench::Image<T> dst({640, 1}, channels);
-             std::vector<NoxiPoint> ends;
-             for (int i = 0; i < size.height; ++i)
-                 ends.push_back({0, i * 97 % 480});
-             const int step = src.step();
-             return {[=] {
-                         for (std::size_t i = 0; i < ends.size(); ++i)
-                             call(src.data(), step, picture, dst.data(), ends[i], NoxiPoint{639, int(i * 61 % 480)});
-                     },
-                     [=] {
-                         for (std::size_t i = 0; i < ends.size(); ++i) {
-                             T *d = dst.data();
-                             const NoxiPoint end = {639, int(i * 61 % 480)};
-                             for (const NoxiPoint pixel : reference::linePixels(ends[i], end))
-                                 for (int c = 0; c < channels; ++c)
-                                     *d++ = reference::undistortRow(src.data(), step, pixel.y)[pixel.x * channels + c];
-                         }
-                     }};
-         },
-         {{640, 480}}});
+    bench::add({name,
+                bytes,
+                bytes,
+                false,
+                [=](NoxiSize size) -> bench::Work {
+                    const NoxiSize picture = {640, 480};
+                    const auto src = bench::picture<T>(picture, channels);
+                    const bench::Image<T> dst({640, 1}, channels);
+                    std::vector<NoxiPoint> ends;
+                    for (int i = 0; i < size.height; ++i)
+                        ends.push_back({0, i * 97 % 480});
+                    const int step = src.step();
+                    return {
+                        [=] {
+                            for (std::size_t i = 0; i < ends.size(); ++i)
+                                call(src.data(), step, picture, dst.data(), ends[i], NoxiPoint{639, int(i * 61 % 480)});
+                        },
+                        [=] {
+                            for (std::size_t i = 0; i < ends.size(); ++i) {
+                                T *d = dst.data();
+                                const NoxiPoint end = {639, int(i * 61 % 480)};
+                                for (const NoxiPoint pixel : reference::sampleline::linePixels(ends[i], end))
+                                    for (int c = 0; c < channels; ++c)
+                                        *d++ = reference::undistort::undistortRow(src.data(), step,
+                                                                                  pixel.y)[pixel.x * channels + c];
+                            }
+                        }};
+                },
+                {{640, 480}}});
 }
 
 /// A plausible wide-angle lens for a picture.
-reference::Lens lensFor(NoxiSize size, float tangential) {
+reference::undistort::Lens lensFor(NoxiSize size, float tangential) {
     const auto w = float(size.width), h = float(size.height);
     return {w * 0.8F, w * 0.8F, w * 0.49F, h * 0.52F, -0.18F, 0.03F, tangential, -tangential};
 }
@@ -110,15 +112,15 @@ void addUndistort(const std::string &name, Call call, int channels) {
                         const auto dst = bench::picture<T>(size, channels, 2);
                         int bufferSize = 0;
                         noxiUndistortGetSize(size, &bufferSize);
-                        const bench::Image<Nox8u> buffer({bufferSize, 1});
-                        const reference::Lens lens = lensFor(size, 0);
+                        const bench::Buffer buffer(bufferSize);
+                        const reference::undistort::Lens lens = lensFor(size, 0);
                         return {[=] {
                                     call(src.data(), src.step(), dst.data(), dst.step(), size, lens.fx, lens.fy,
                                          lens.cx, lens.cy, lens.k1, lens.k2, buffered ? buffer.data() : nullptr);
                                 },
                                 [=] {
-                                    reference::undistortRadial(src.data(), src.step(), dst.data(), dst.step(), size,
-                                                               channels, lens);
+                                    reference::undistort::undistortRadial(src.data(), src.step(), dst.data(),
+                                                                          dst.step(), size, channels, lens);
                                 }};
                     }});
 }
@@ -126,13 +128,14 @@ void addUndistort(const std::string &name, Call call, int channels) {
 void addMaps(const std::string &name, float tangential) {
     bench::add({name, 0, 2 * sizeof(Nox32f), false, [tangential](NoxiSize size) -> bench::Work {
                     const bench::Image<Nox32f> x(size), y(size);
-                    const reference::Lens lens = lensFor(size, tangential);
-                    return {[=] {
-                                noxiCreateMapCameraUndistort_32f_C1R(x.data(), x.step(), y.data(), y.step(), size,
-                                                                     lens.fx, lens.fy, lens.cx, lens.cy, lens.k1,
-                                                                     lens.k2, lens.p1, lens.p2, nullptr);
-                            },
-                            [=] { reference::createMaps(x.data(), x.step(), y.data(), y.step(), size, lens); }};
+                    const reference::undistort::Lens lens = lensFor(size, tangential);
+                    return {
+                        [=] {
+                            noxiCreateMapCameraUndistort_32f_C1R(x.data(), x.step(), y.data(), y.step(), size, lens.fx,
+                                                                 lens.fy, lens.cx, lens.cy, lens.k1, lens.k2, lens.p1,
+                                                                 lens.p2, nullptr);
+                        },
+                        [=] { reference::undistort::createMaps(x.data(), x.step(), y.data(), y.step(), size, lens); }};
                 }});
 }
 

@@ -44,9 +44,9 @@ struct Pictures {
         for (std::size_t i = 0; i < mask.count(); ++i)
             mask.data()[i] = mask.data()[i] % 4 == 0 ? 0 : 255;
     }
-    reference::Channel<T> first() const { return {a.data(), a.step(), channels, channels == 1 ? 0 : 1}; }
-    reference::Channel<T> second() const { return {b.data(), b.step(), channels, channels == 1 ? 0 : 1}; }
-    reference::Mask on() const { return {mask.data(), mask.step()}; }
+    reference::statistics::Channel<T> first() const { return {a.data(), a.step(), channels, channels == 1 ? 0 : 1}; }
+    reference::statistics::Channel<T> second() const { return {b.data(), b.step(), channels, channels == 1 ? 0 : 1}; }
+    reference::statistics::Mask on() const { return {mask.data(), mask.step()}; }
 
     bench::Image<T> a, b;
     bench::Image<Nox8u> mask;
@@ -66,30 +66,31 @@ void addMember(const char *name, int channels, int images, bool masked, Run run,
                 [=](NoxiSize size) -> bench::Work {
                     const Pictures<T> p(size, channels);
                     return {[=] {
-                                Results r;
+                                Results r = {};
                                 run(p, size, r);
+                                bench::keep(r);
                             },
                             [=] {
-                                plain(p, masked ? p.on() : reference::Mask{nullptr, 0}, size);
+                                plain(p, masked ? p.on() : reference::statistics::Mask{nullptr, 0}, size);
                             }};
                 }});
 }
 
-template <reference::Form form, reference::Norm norm>
-constexpr auto plainNorm = [](const auto &p, reference::Mask mask, NoxiSize size) {
+template <reference::statistics::Form form, reference::statistics::Norm norm>
+constexpr auto plainNorm = [](const auto &p, reference::statistics::Mask mask, NoxiSize size) {
     double value = 0;
-    reference::norm(form, norm, p.first(), p.second(), mask, size, 1, &value);
+    reference::statistics::norm(form, norm, p.first(), p.second(), mask, size, 1, &value);
     sink = unsigned(value);
 };
 
-constexpr auto plainMean = [](const auto &p, reference::Mask mask, NoxiSize size) {
+constexpr auto plainMean = [](const auto &p, reference::statistics::Mask mask, NoxiSize size) {
     double mean = 0, deviation = 0;
-    reference::meanAndDeviation(p.first(), mask, size, 1, &mean, &deviation);
+    reference::statistics::meanAndDeviation(p.first(), mask, size, 1, &mean, &deviation);
     sink = unsigned(deviation);
 };
 
-constexpr auto plainExtrema = [](const auto &p, reference::Mask mask, NoxiSize size) {
-    sink = unsigned(reference::extrema(p.first(), mask, size).low);
+constexpr auto plainExtrema = [](const auto &p, reference::statistics::Mask mask, NoxiSize size) {
+    sink = unsigned(reference::statistics::extrema(p.first(), mask, size).low);
 };
 
 // A member's call, with the pictures p and the results r at hand.
@@ -101,10 +102,10 @@ constexpr auto plainExtrema = [](const auto &p, reference::Mask mask, NoxiSize s
 #define ADD_NORM(FORM, NORM, TAG, IMAGES, ...)                                                                         \
     addMember<Nox##TAG>("noxi" #FORM "_" #NORM "_" #TAG "_C1MR", 1, IMAGES, true,                                      \
                         CALL(noxi##FORM##_##NORM##_##TAG##_C1MR(__VA_ARGS__, M, size, &r.value)),                      \
-                        plainNorm<reference::Form::FORM, reference::Norm::NORM>);                                      \
+                        plainNorm<reference::statistics::Form::FORM, reference::statistics::Norm::NORM>);              \
     addMember<Nox##TAG>("noxi" #FORM "_" #NORM "_" #TAG "_C3CMR", 3, IMAGES, true,                                     \
                         CALL(noxi##FORM##_##NORM##_##TAG##_C3CMR(__VA_ARGS__, M, size, 2, &r.value)),                  \
-                        plainNorm<reference::Form::FORM, reference::Norm::NORM>);
+                        plainNorm<reference::statistics::Form::FORM, reference::statistics::Norm::NORM>);
 #define ADD_NORMS(NORM, TAG)                                                                                           \
     ADD_NORM(Norm, NORM, TAG, 1, A)                                                                                    \
     ADD_NORM(NormDiff, NORM, TAG, 2, A, B)                                                                             \

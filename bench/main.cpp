@@ -15,11 +15,6 @@ namespace bench {
 
 namespace {
 
-std::vector<Member> &members() {
-    static std::vector<Member> list;
-    return list;
-}
-
 double seconds() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 /// Time of one call, from `repeat` calls in a row.
@@ -166,7 +161,11 @@ bool parse(int argc, char **argv, Options &options) {
 
 } // namespace
 
-void add(Member member) { members().push_back(std::move(member)); }
+std::shared_ptr<void> imageMemory(std::size_t bytes) {
+    return {std::aligned_alloc(64, (bytes + 127) / 64 * 64), std::free};
+}
+
+void keepBytes(const void *bytes, std::size_t) { __asm__ volatile("" : : "r"(bytes) : "memory"); }
 
 template <class T>
 Image<T> picture(NoxiSize size, int channels, unsigned seed) {

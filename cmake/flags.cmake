@@ -12,8 +12,8 @@ target_compile_options(noxcv_flags INTERFACE
 target_compile_definitions(noxcv_flags INTERFACE $<$<BOOL:${NOXCV_BASELINE}>:NOXCV_BASELINE>)
 if(NOXCV_SANITIZE)
   target_compile_options(noxcv_flags INTERFACE
-    # Pixels need no alignment: the library promises to take any address.
-    -fsanitize=address,undefined -fno-sanitize=alignment -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # The alignment check is part of it: pixels lie at any address, and code that forgets it is found here.
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   # The instrumentation makes the compiler lose track of what the standard library has initialised.
   target_compile_options(noxcv_flags INTERFACE -Wno-maybe-uninitialized)
   target_link_options(noxcv_flags INTERFACE -fsanitize=address,undefined)
@@ -23,14 +23,18 @@ endif()
 add_library(noxcv_library_flags INTERFACE)
 target_compile_options(noxcv_library_flags INTERFACE
   -fno-semantic-interposition -fno-exceptions -fno-rtti
+  $<$<BOOL:${NOXCV_TUNE}>:-mtune=${NOXCV_TUNE}>
   # Old callers keep the stack aligned to 4 bytes only. Said in both ways: with the first alone, the compiler would not
   # inline plain functions into those of the wide tier.
-  $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign;-mincoming-stack-boundary=2>)
+  $<$<EQUAL:${NOXCV_BITS},32>:-mstackrealign>
+  $<$<AND:$<EQUAL:${NOXCV_BITS},32>,$<CXX_COMPILER_ID:GNU>>:-mincoming-stack-boundary=2>)
 target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions
   # Addresses are settled when the library is loaded and the tables that hold them are read-only from then on.
   -Wl,-z,relro,-z,now
   # The runtime's threads outlive a call: a program that closes the library must not take their code away.
-  -Wl,-z,nodelete)
+  -Wl,-z,nodelete
+  # What little the compiler's own runtime adds becomes part of the libraries.
+  -static-libgcc -static-libstdc++)
 if(NOT NOXCV_SANITIZE)
   target_link_options(noxcv_library_flags INTERFACE -Wl,-z,defs)
 endif()

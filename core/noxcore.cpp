@@ -5,10 +5,9 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <limits>
-#include <set>
-#include <utility>
 
 namespace {
 
@@ -32,20 +31,28 @@ int topologyEntry(int cpu, const char *entry) {
     return value;
 }
 
+/// A core, by the numbers that the kernel gives it.
+struct Core {
+    int package, number;
+    bool operator==(const Core &) const = default;
+};
+
 /// Logical processors that share a core count once; where the kernel does not tell, each counts as a core.
 int countCores() {
     cpu_set_t set;
     const int processors = usableProcessors(set);
-    std::set<std::pair<int, int>> cores;
+    Core cores[CPU_SETSIZE]; // on the stack: this library cannot run out of memory
+    int count = 0;
     for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
         if (!CPU_ISSET(cpu, &set))
             continue;
-        const int core = topologyEntry(cpu, "core_id");
-        if (core < 0)
+        const Core core = {topologyEntry(cpu, "physical_package_id"), topologyEntry(cpu, "core_id")};
+        if (core.number < 0)
             return processors;
-        cores.emplace(topologyEntry(cpu, "physical_package_id"), core);
+        if (std::find(cores, cores + count, core) == cores + count)
+            cores[count++] = core;
     }
-    return std::max<int>(1, static_cast<int>(cores.size()));
+    return std::max(1, count);
 }
 
 /// Walks the processor's deterministic cache parameters (one leaf layout at two leaf numbers, by vendor).
@@ -105,15 +112,21 @@ NoxStatus noxSetNumThreads(int count) {
     return noxStsNoError;
 }
 
+// The two answers below are computed at the first question, by each of the threads that ask at once, and kept.
+
 int noxGetNumCoresOnDie() {
-    static const int cores = countCores();
-    return cores;
+    static std::atomic<int> known = 0;
+    if (known == 0)
+        known = countCores();
+    return known;
 }
 
 NoxStatus noxGetMaxCacheSizeB(int *bytes) {
+    static std::atomic<int> known = 0;
     if (bytes == nullptr)
         return noxStsNullPointer;
-    static const int size = readCacheSize();
-    *bytes = size;
+    if (known == 0)
+        known = readCacheSize();
+    *bytes = known;
     return noxStsNoError;
 }

@@ -7,15 +7,19 @@
 
 #include "noxcore.h"
 #include "noxcv/accumulate.h"
+#include "noxcv/distance.h"
 #include "noxcv/edges.h"
 #include "noxcv/filter.h"
 #include "noxcv/frame.h"
 #include "noxcv/morphology.h"
+#include "noxcv/motion.h"
 #include "noxcv/opticalflow.h"
 #include "noxcv/primitives.h"
 #include "noxcv/pyramid.h"
 #include "noxcv/sampling.h"
+#include "noxcv/segmentation.h"
 #include "noxcv/statistics.h"
+#include "noxstatus.h"
 #include "noxtypes.h"
 
 #endif

@@ -17,6 +17,14 @@
 #define NOX_END_DECLS
 #endif
 
+/** @name Version of these headers; noxcvGetLibVersion() tells that of the library that is loaded. @{ */
+#define NOXCV_VERSION_MAJOR 5         /**< Raised when programs must be compiled anew. */
+#define NOXCV_VERSION_MINOR 2         /**< Raised when something is added. */
+#define NOXCV_VERSION_MAJOR_BUILD 108 /**< Build number of the major version. */
+#define NOXCV_VERSION_BUILD 398       /**< Build number. */
+#define NOXCV_VERSION "5.2"           /**< As text. */
+/** @} */
+
 /** Marks what the shared library exports. */
 #define NOX_API __attribute__((visibility("default")))
 

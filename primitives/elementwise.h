@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "rows.h"
 #include "tiers.h"
 
 namespace nox {
@@ -22,11 +23,11 @@ NOX_INLINE void makeElements(const Make &make, std::ptrdiff_t length, T *dst, co
     if ((inAnyOrder(src, dst, static_cast<std::size_t>(length) * sizeof(T)) && ...)) {
 #pragma GCC ivdep
         for (std::ptrdiff_t i = 0; i < length; ++i)
-            dst[i] = make(src[i]...);
+            elements(dst)[i] = make(elements(src)[i]...);
         return;
     }
     for (std::ptrdiff_t i = 0; i < length; ++i) {
-        dst[i] = make(src[i]...);
+        elements(dst)[i] = make(elements(src)[i]...);
         __asm__ volatile("" : : : "memory"); // one at a time
     }
 }

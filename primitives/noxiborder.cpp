@@ -106,10 +106,9 @@ NoxStatus noxiCopyConstBorder_8u_C1R(const Nox8u *src, int srcStep, NoxiSize src
     return status;
 }
 
-#define NOX_REPLICATE(TYPE, TAG, CHANNELS)                                                                             \
-    NoxStatus noxiCopyReplicateBorder_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst, \
-                                                             int dstStep, NoxiSize dstRoi, int topBorderHeight,        \
-                                                             int leftBorderWidth) {                                    \
+#define NOX_REPLICATE(FUNCTION, IN_PLACE_FUNCTION, TYPE, CHANNELS)                                                     \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst, int dstStep, NoxiSize dstRoi,         \
+                       int topBorderHeight, int leftBorderWidth) {                                                     \
         using P = Pixel<CHANNELS * sizeof(TYPE)>;                                                                      \
         const Placement place = {srcRoi, dstRoi, topBorderHeight, leftBorderWidth};                                    \
         const NoxStatus status =                                                                                       \
@@ -119,8 +118,8 @@ NoxStatus noxiCopyConstBorder_8u_C1R(const Nox8u *src, int srcStep, NoxiSize src
                                       {reinterpret_cast<P *>(dst), dstStep}, place);                                   \
         return status;                                                                                                 \
     }                                                                                                                  \
-    NoxStatus noxiCopyReplicateBorder_##TAG##_C##CHANNELS##IR(                                                         \
-        TYPE *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi, int topBorderHeight, int leftBorderWidth) {    \
+    NoxStatus IN_PLACE_FUNCTION(TYPE *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi, int topBorderHeight,   \
+                                int leftBorderWidth) {                                                                 \
         using P = Pixel<CHANNELS * sizeof(TYPE)>;                                                                      \
         const Placement place = {srcRoi, dstRoi, topBorderHeight, leftBorderWidth};                                    \
         const NoxStatus status =                                                                                       \
@@ -129,9 +128,9 @@ NoxStatus noxiCopyConstBorder_8u_C1R(const Nox8u *src, int srcStep, NoxiSize src
             replicateInPlace<sizeof(P)>({reinterpret_cast<P *>(srcDst), srcDstStep}, place);                           \
         return status;                                                                                                 \
     }
-NOX_REPLICATE(Nox8u, 8u, 1)
-NOX_REPLICATE(Nox8u, 8u, 3)
-NOX_REPLICATE(Nox8u, 8u, 4)
-NOX_REPLICATE(Nox32s, 32s, 1)
-NOX_REPLICATE(Nox32s, 32s, 3)
-NOX_REPLICATE(Nox32s, 32s, 4)
+NOX_REPLICATE(noxiCopyReplicateBorder_8u_C1R, noxiCopyReplicateBorder_8u_C1IR, Nox8u, 1)
+NOX_REPLICATE(noxiCopyReplicateBorder_8u_C3R, noxiCopyReplicateBorder_8u_C3IR, Nox8u, 3)
+NOX_REPLICATE(noxiCopyReplicateBorder_8u_C4R, noxiCopyReplicateBorder_8u_C4IR, Nox8u, 4)
+NOX_REPLICATE(noxiCopyReplicateBorder_32s_C1R, noxiCopyReplicateBorder_32s_C1IR, Nox32s, 1)
+NOX_REPLICATE(noxiCopyReplicateBorder_32s_C3R, noxiCopyReplicateBorder_32s_C3IR, Nox32s, 3)
+NOX_REPLICATE(noxiCopyReplicateBorder_32s_C4R, noxiCopyReplicateBorder_32s_C4IR, Nox32s, 4)

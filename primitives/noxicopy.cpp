@@ -39,16 +39,16 @@ void setRows(Nox8u value, Rows<Nox8u> dst, std::size_t rowBytes, int height) {
 
 } // namespace
 
-#define NOX_COPY(TYPE, TAG, CHANNELS)                                                                                  \
-    NoxStatus noxiCopy_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi) {    \
+#define NOX_COPY(FUNCTION, TYPE, CHANNELS)                                                                             \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi) {                           \
         return copyImage(src, srcStep, dst, dstStep, roi, CHANNELS);                                                   \
     }
-NOX_COPY(Nox8u, 8u, 1)
-NOX_COPY(Nox8u, 8u, 3)
-NOX_COPY(Nox8u, 8u, 4)
-NOX_COPY(Nox32f, 32f, 1)
-NOX_COPY(Nox32f, 32f, 3)
-NOX_COPY(Nox32f, 32f, 4)
+NOX_COPY(noxiCopy_8u_C1R, Nox8u, 1)
+NOX_COPY(noxiCopy_8u_C3R, Nox8u, 3)
+NOX_COPY(noxiCopy_8u_C4R, Nox8u, 4)
+NOX_COPY(noxiCopy_32f_C1R, Nox32f, 1)
+NOX_COPY(noxiCopy_32f_C3R, Nox32f, 3)
+NOX_COPY(noxiCopy_32f_C4R, Nox32f, 4)
 
 NoxStatus noxiSet_8u_C1R(Nox8u value, Nox8u *dst, int dstStep, NoxiSize roi) {
     const NoxStatus status = firstFailure(checkPointers(dst), checkSize(roi));

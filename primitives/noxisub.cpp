@@ -69,28 +69,27 @@ NoxStatus subtract(const Images<Nox8u> &im, int scaleFactor) {
 
 } // namespace
 
-#define NOX_SUB_8U(CHANNELS)                                                                                           \
-    NoxStatus noxiSub_8u_C##CHANNELS##RSfs(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,           \
-                                           Nox8u *dst, int dstStep, NoxiSize roi, int scaleFactor) {                   \
+#define NOX_SUB_8U(FUNCTION, IN_PLACE_FUNCTION, CHANNELS)                                                              \
+    NoxStatus FUNCTION(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step, Nox8u *dst, int dstStep,      \
+                       NoxiSize roi, int scaleFactor) {                                                                \
         return subtract({{src1, src1Step}, {src2, src2Step}, {dst, dstStep}, roi, CHANNELS}, scaleFactor);             \
     }                                                                                                                  \
-    NoxStatus noxiSub_8u_C##CHANNELS##IRSfs(const Nox8u *src, int srcStep, Nox8u *srcDst, int srcDstStep,              \
-                                            NoxiSize roi, int scaleFactor) {                                           \
+    NoxStatus IN_PLACE_FUNCTION(const Nox8u *src, int srcStep, Nox8u *srcDst, int srcDstStep, NoxiSize roi,            \
+                                int scaleFactor) {                                                                     \
         return subtract({{src, srcStep}, {srcDst, srcDstStep}, {srcDst, srcDstStep}, roi, CHANNELS}, scaleFactor);     \
     }
-NOX_SUB_8U(1)
-NOX_SUB_8U(3)
-NOX_SUB_8U(4)
+NOX_SUB_8U(noxiSub_8u_C1RSfs, noxiSub_8u_C1IRSfs, 1)
+NOX_SUB_8U(noxiSub_8u_C3RSfs, noxiSub_8u_C3IRSfs, 3)
+NOX_SUB_8U(noxiSub_8u_C4RSfs, noxiSub_8u_C4IRSfs, 4)
 
-#define NOX_SUB_32F(CHANNELS)                                                                                          \
-    NoxStatus noxiSub_32f_C##CHANNELS##R(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,           \
-                                         Nox32f *dst, int dstStep, NoxiSize roi) {                                     \
+#define NOX_SUB_32F(FUNCTION, IN_PLACE_FUNCTION, CHANNELS)                                                             \
+    NoxStatus FUNCTION(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step, Nox32f *dst, int dstStep,   \
+                       NoxiSize roi) {                                                                                 \
         return subtract({{src1, src1Step}, {src2, src2Step}, {dst, dstStep}, roi, CHANNELS});                          \
     }                                                                                                                  \
-    NoxStatus noxiSub_32f_C##CHANNELS##IR(const Nox32f *src, int srcStep, Nox32f *srcDst, int srcDstStep,              \
-                                          NoxiSize roi) {                                                              \
+    NoxStatus IN_PLACE_FUNCTION(const Nox32f *src, int srcStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi) {        \
         return subtract({{src, srcStep}, {srcDst, srcDstStep}, {srcDst, srcDstStep}, roi, CHANNELS});                  \
     }
-NOX_SUB_32F(1)
-NOX_SUB_32F(3)
-NOX_SUB_32F(4)
+NOX_SUB_32F(noxiSub_32f_C1R, noxiSub_32f_C1IR, 1)
+NOX_SUB_32F(noxiSub_32f_C3R, noxiSub_32f_C3IR, 3)
+NOX_SUB_32F(noxiSub_32f_C4R, noxiSub_32f_C4IR, 4)

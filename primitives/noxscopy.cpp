@@ -2,12 +2,13 @@
 //
 // The system's copy and fill choose between plain and cache-bypassing stores by the size and the processor's caches;
 // measured against fixed limits they are never slower.
-#include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstring>
 
 #include "checks.h"
 #include "noxcv/primitives.h"
+#include "rows.h"
 #include "tiers.h"
 
 using namespace nox;
@@ -19,7 +20,10 @@ std::size_t bytesOf(int length) {
     return static_cast<std::size_t>(length) * sizeof(T);
 }
 
-NOX_TIERS void ownsSet_32s(Nox32s pattern, Nox32s *dst, std::ptrdiff_t length) { std::fill_n(dst, length, pattern); }
+NOX_TIERS void ownsSet_32s(Nox32s pattern, Element<Nox32s> *dst, std::ptrdiff_t length) {
+    for (std::ptrdiff_t i = 0; i < length; ++i)
+        dst[i] = pattern;
+}
 
 template <class T>
 NoxStatus copyVector(const T *src, T *dst, int length) {
@@ -57,6 +61,6 @@ NoxStatus noxsSet_8u(Nox8u value, Nox8u *dst, int length) {
 NoxStatus noxsSet_32f(Nox32f value, Nox32f *dst, int length) {
     const NoxStatus status = firstFailure(checkPointers(dst), checkLength(length));
     if (status == noxStsNoError)
-        ownsSet_32s(std::bit_cast<Nox32s>(value), reinterpret_cast<Nox32s *>(dst), length);
+        ownsSet_32s(std::bit_cast<Nox32s>(value), reinterpret_cast<Element<Nox32s> *>(dst), length);
     return status;
 }

@@ -29,18 +29,18 @@ NOX_TIERS void pickEvery(const T *src1, const T *src2, T *dst, int length) {
 
 } // namespace
 
-#define NOX_EVERY(NAME, PICK, TYPE, TAG)                                                                               \
-    NoxStatus noxs##NAME##_##TAG(const TYPE *src1, const TYPE *src2, TYPE *dst, int length) {                          \
+#define NOX_EVERY(FUNCTION, IN_PLACE_FUNCTION, PICK, TYPE)                                                             \
+    NoxStatus FUNCTION(const TYPE *src1, const TYPE *src2, TYPE *dst, int length) {                                    \
         pickEvery<PICK>(src1, src2, dst, length);                                                                      \
         return noxStsNoError;                                                                                          \
     }                                                                                                                  \
-    NoxStatus noxs##NAME##_##TAG##_I(const TYPE *src, TYPE *srcDst, int length) {                                      \
+    NoxStatus IN_PLACE_FUNCTION(const TYPE *src, TYPE *srcDst, int length) {                                           \
         const NoxStatus status = firstFailure(checkPointers(src, srcDst), checkLength(length));                        \
         if (status == noxStsNoError)                                                                                   \
             pickEvery<PICK>(src, srcDst, srcDst, length);                                                              \
         return status;                                                                                                 \
     }
-NOX_EVERY(MinEvery, Lesser, Nox8u, 8u)
-NOX_EVERY(MaxEvery, Greater, Nox8u, 8u)
-NOX_EVERY(MinEvery, Lesser, Nox32f, 32f)
-NOX_EVERY(MaxEvery, Greater, Nox32f, 32f)
+NOX_EVERY(noxsMinEvery_8u, noxsMinEvery_8u_I, Lesser, Nox8u)
+NOX_EVERY(noxsMaxEvery_8u, noxsMaxEvery_8u_I, Greater, Nox8u)
+NOX_EVERY(noxsMinEvery_32f, noxsMinEvery_32f_I, Lesser, Nox32f)
+NOX_EVERY(noxsMaxEvery_32f, noxsMaxEvery_32f_I, Greater, Nox32f)

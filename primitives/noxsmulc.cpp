@@ -6,6 +6,7 @@
 
 #include "checks.h"
 #include "noxcv/primitives.h"
+#include "rows.h"
 #include "tiers.h"
 
 using namespace nox;
@@ -67,20 +68,22 @@ NOX_TIERS void ownsMulC_16s_I_NegSfs(Nox16s value, Nox16s *srcDst, int length, i
 
 /// The limit of ever larger factors: the extreme of the product's sign, or 0.
 NOX_TIERS void ownsMulC_16s_I_Bound(Nox16s value, Nox16s *srcDst, int length) {
+    Element<Nox16s> *element = srcDst;
     for (int i = 0; i < length; ++i) {
-        const auto extreme = static_cast<Nox16s>(((srcDst[i] ^ value) >> 15) ^ 32767);
-        srcDst[i] = srcDst[i] == 0 ? Nox16s(0) : extreme;
+        const auto extreme = static_cast<Nox16s>(((element[i] ^ value) >> 15) ^ 32767);
+        element[i] = element[i] == 0 ? Nox16s(0) : extreme;
     }
 }
 
 NOX_TIERS void ownsMulC_32f_I(Nox32f value, Nox32f *srcDst, int length) {
+    Element<Nox32f> *element = srcDst;
     for (int i = 0; i < length; ++i)
-        srcDst[i] = srcDst[i] * value;
+        element[i] = element[i] * value;
 }
 
 NOX_TIERS void convert(const Nox16u *src, Nox32f *dst, int length) {
     for (int i = 0; i < length; ++i)
-        dst[i] = static_cast<Nox32f>(src[i]);
+        elements(dst)[i] = static_cast<Nox32f>(elements(src)[i]);
 }
 
 } // namespace

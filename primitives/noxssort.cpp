@@ -10,9 +10,22 @@ using namespace nox;
 
 namespace {
 
+/// An element at any address.
+struct [[gnu::packed, gnu::may_alias]] Number {
+    Nox64f value;
+
+    friend bool operator<(const Number &a, const Number &b) { return a.value < b.value; }
+};
+
+void exchange(Number &a, Number &b) {
+    const Nox64f value = a.value;
+    a.value = b.value;
+    b.value = value;
+}
+
 /// Elements from lo to hi, both included.
 struct Range {
-    Nox64f *lo, *hi;
+    Number *lo, *hi;
     int splits; ///< partitions that may still follow before the range counts as adverse
 
     std::ptrdiff_t count() const { return hi - lo + 1; }
@@ -20,43 +33,43 @@ struct Range {
 
 constexpr int shortest = 10; ///< fewer elements are sorted by selection
 
-void order(Nox64f &low, Nox64f &high) {
-    if (low > high)
-        std::swap(low, high);
+void order(Number &low, Number &high) {
+    if (low.value > high.value)
+        exchange(low, high);
 }
 
 /// Moves the first of the greatest elements to the end, again and again.
-void sortBySelection(Nox64f *lo, Nox64f *hi) {
+void sortBySelection(Number *lo, Number *hi) {
     for (; hi > lo; --hi) {
-        Nox64f *greatest = lo;
-        for (Nox64f *p = lo + 1; p <= hi; ++p)
-            if (*p > *greatest)
+        Number *greatest = lo;
+        for (Number *p = lo + 1; p <= hi; ++p)
+            if (p->value > greatest->value)
                 greatest = p;
-        std::swap(*greatest, *hi);
+        exchange(*greatest, *hi);
     }
 }
 
 /// Divides a range in elements up to a pivot and elements above it; those equal to the pivot in the middle belong to
 /// neither part. Either part may be empty.
 std::pair<Range, Range> divide(const Range &range) {
-    Nox64f *middle = range.lo + range.count() / 2;
+    Number *middle = range.lo + range.count() / 2;
     order(range.lo[1], range.lo[0]);
     order(*range.lo, *middle);
     order(*middle, *range.hi);
     order(*range.lo, *middle);
-    const Nox64f pivot = *middle;
-    Nox64f *i = range.lo + 1, *j = range.hi;
+    const Nox64f pivot = middle->value;
+    Number *i = range.lo + 1, *j = range.hi;
     for (;;) {
-        while (i < j && *i <= pivot)
+        while (i < j && i->value <= pivot)
             ++i;
-        while (i < j && !(*j <= pivot))
+        while (i < j && !(j->value <= pivot))
             --j;
         if (i >= j)
             break;
-        std::swap(*i, *j);
+        exchange(*i, *j);
     }
-    Nox64f *end = i - 1;
-    while (end >= range.lo && *end == pivot)
+    Number *end = i - 1;
+    while (end >= range.lo && end->value == pivot)
         --end;
     return {{range.lo, end, range.splits - 1}, {j, range.hi, range.splits - 1}};
 }
@@ -90,7 +103,9 @@ void sortRange(Range range) {
 
 NoxStatus noxsSortAscend_64f_I(Nox64f *srcDst, int length) {
     const NoxStatus status = firstFailure(checkPointers(srcDst), checkLength(length));
-    if (status == noxStsNoError)
-        sortRange({srcDst, srcDst + length - 1, 2 * static_cast<int>(std::bit_width(static_cast<unsigned>(length)))});
+    if (status == noxStsNoError) {
+        auto *const first = reinterpret_cast<Number *>(srcDst);
+        sortRange({first, first + length - 1, 2 * static_cast<int>(std::bit_width(static_cast<unsigned>(length)))});
+    }
     return status;
 }

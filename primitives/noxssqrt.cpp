@@ -7,6 +7,7 @@
 
 #include "checks.h"
 #include "noxcv/primitives.h"
+#include "rows.h"
 #include "tiers.h"
 
 using namespace nox;
@@ -40,7 +41,7 @@ NOX_INLINE bool rootsOfGroup(Nox32f *group) {
 }
 
 /// Roots of single elements, exact.
-NOX_INLINE bool rootsOfSingles(Nox32f *srcDst, int count) {
+NOX_INLINE bool rootsOfSingles(Element<Nox32f> *srcDst, int count) {
     bool negative = false;
     for (int i = 0; i < count; ++i) {
         negative |= srcDst[i] < 0.0F;
@@ -106,7 +107,7 @@ NOX_INLINE int nearestScaledRoot(int x, Nox32f factor, int half) {
 
 /// dst = the root that `root` makes of an element, 0 for a negative one. Returns whether there was one.
 template <class Root>
-NOX_INLINE bool rootsOfIntegers(const Nox32s *src, Nox16s *dst, int length, const Root &root) {
+NOX_INLINE bool rootsOfIntegers(const Element<Nox32s> *src, Element<Nox16s> *dst, int length, const Root &root) {
     Nox32s signs = 0;
     for (int i = 0; i < length; ++i) {
         const Nox32s x = src[i];

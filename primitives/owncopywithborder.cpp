@@ -22,8 +22,8 @@ struct Pixel {
 template <class T, int channels>
 Pixel<T, channels> pixelOf(T value) {
     Pixel<T, channels> pixel;
-    for (T &channel : pixel.channel)
-        channel = value;
+    for (int c = 0; c < channels; ++c)
+        pixel.channel[c] = value;
     return pixel;
 }
 

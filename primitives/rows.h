@@ -27,6 +27,12 @@ struct ElementOf<T, true> {
 template <class T>
 using Element = typename ElementOf<T>::Type;
 
+/// The elements at a pointer that may not be aligned: elements(p)[i] is element i. For pointers whose type is deduced.
+template <class T>
+NOX_INLINE Element<T> *elements(T *at) {
+    return at;
+}
+
 /// Row y of an image of T with a byte step.
 template <class T>
 struct Rows {

@@ -1,6 +1,8 @@
 /**
  * @file edges.h
  * Edges: differences of images, Canny's edge detector and the colour gradient.
+ *
+ * What all functions share (addresses, checks, overlap, threads, floating-point state) is told in frame.h.
  */
 #ifndef NOXCV_EDGES_H
 #define NOXCV_EDGES_H
@@ -17,10 +19,13 @@ NOX_BEGIN_DECLS
  * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f), in this order.
  * @{
  */
+/** |src1 - src2|: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiAbsDiff_8u_C1R(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step, Nox8u *dst,
                                      int dstStep, NoxiSize roi);
+/** |src1 - src2|: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiAbsDiff_16u_C1R(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step, Nox16u *dst,
                                       int dstStep, NoxiSize roi);
+/** |src1 - src2|: single precision, one channel. */
 NOX_API NoxStatus noxiAbsDiff_32f_C1R(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step, Nox32f *dst,
                                       int dstStep, NoxiSize roi);
 /** @} */
@@ -34,9 +39,12 @@ NOX_API NoxStatus noxiAbsDiff_32f_C1R(const Nox32f *src1, int src1Step, const No
  * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f), in this order.
  * @{
  */
+/** |src - value|: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiAbsDiffC_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi, int value);
+/** |src - value|: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiAbsDiffC_16u_C1R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
                                        int value);
+/** |src - value|: single precision, one channel. */
 NOX_API NoxStatus noxiAbsDiffC_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                        Nox32f value);
 /** @} */
@@ -62,9 +70,11 @@ NOX_API NoxStatus noxiAbsDiffC_32f_C1R(const Nox32f *src, int srcStep, Nox32f *d
  * (srcDxStep, srcDyStep), noxStsBadArgument unless 0 <= lowThreshold <= highThreshold (a not-a-number fails too).
  * @{
  */
+/** Edges from 16-bit derivatives, with thresholds truncated as told above. */
 NOX_API NoxStatus noxiCanny_16s8u_C1R(const Nox16s *srcDx, int srcDxStep, const Nox16s *srcDy, int srcDyStep,
                                       Nox8u *dst, int dstStep, NoxiSize roi, Nox32f lowThreshold, Nox32f highThreshold,
                                       Nox8u *buffer);
+/** Edges from single-precision derivatives. */
 NOX_API NoxStatus noxiCanny_32f8u_C1R(const Nox32f *srcDx, int srcDxStep, const Nox32f *srcDy, int srcDyStep,
                                       Nox8u *dst, int dstStep, NoxiSize roi, Nox32f lowThreshold, Nox32f highThreshold,
                                       Nox8u *buffer);
@@ -92,10 +102,13 @@ NOX_API NoxStatus noxiCannyGetSize(NoxiSize roi, int *bufferSize);
  * noxStsOddStep (16u, 32f), noxStsBadArgument for another norm.
  * @{
  */
+/** Norm of the three channels of a pixel: 8-bit unsigned. */
 NOX_API NoxStatus noxiGradientColorToGray_8u_C3C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                                    int norm);
+/** Norm of the three channels of a pixel: 16-bit unsigned. */
 NOX_API NoxStatus noxiGradientColorToGray_16u_C3C1R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep,
                                                     NoxiSize roi, int norm);
+/** Norm of the three channels of a pixel: single precision. */
 NOX_API NoxStatus noxiGradientColorToGray_32f_C3C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                     NoxiSize roi, int norm);
 /** @} */

@@ -27,23 +27,41 @@ NOX_BEGIN_DECLS
  * Status: noxStsNullPointer (size), noxStsBadSize (width, height or kernelSize below 1), in this order.
  * @{
  */
+/** Work buffer of noxiFilterRowBorderPipeline_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_8u16s_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterRowBorderPipeline_8u16s_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_8u16s_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterRowBorderPipeline_16s_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_16s_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterRowBorderPipeline_16s_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_16s_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterRowBorderPipeline_Low_16s_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterRowBorderPipeline_Low_16s_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterRowBorderPipeline_32f_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_32f_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterRowBorderPipeline_32f_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_32f_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_16s_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_16s_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_16s8u_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8u_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_16s8u_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8u_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_16s8s_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8s_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_16s8s_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8s_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_Low_16s_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_Low_16s_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_Low_16s_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_Low_16s_C3R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_32f_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_32f_C1R(NoxiSize roi, int kernelSize, int *size);
+/** Work buffer of noxiFilterColumnPipeline_32f_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_32f_C3R(NoxiSize roi, int kernelSize, int *size);
 /** @} */
 
@@ -77,30 +95,38 @@ NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_32f_C3R(NoxiSize roi, in
  * several cores, 16s_C1R only with kernelSize above 3.
  * @{
  */
+/** Rows filtered: 8-bit unsigned to 16-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                         const Nox16s *kernel, int kernelSize, int xAnchor,
                                                         int borderType, Nox8u borderValue, int divisor, Nox8u *buffer);
+/** Rows filtered: 8-bit unsigned to 16-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_8u16s_C3R(const Nox8u *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                         const Nox16s *kernel, int kernelSize, int xAnchor,
                                                         int borderType, const Nox8u *borderValue, int divisor,
                                                         Nox8u *buffer);
+/** Rows filtered: 16-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_16s_C1R(const Nox16s *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                       const Nox16s *kernel, int kernelSize, int xAnchor, int borderType,
                                                       Nox16s borderValue, int divisor, Nox8u *buffer);
+/** Rows filtered: 16-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_16s_C3R(const Nox16s *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                       const Nox16s *kernel, int kernelSize, int xAnchor, int borderType,
                                                       const Nox16s *borderValue, int divisor, Nox8u *buffer);
+/** Rows filtered with a sum that wraps: 16-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_Low_16s_C1R(const Nox16s *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                           const Nox16s *kernel, int kernelSize, int xAnchor,
                                                           int borderType, Nox16s borderValue, int divisor,
                                                           Nox8u *buffer);
+/** Rows filtered with a sum that wraps: 16-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_Low_16s_C3R(const Nox16s *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                           const Nox16s *kernel, int kernelSize, int xAnchor,
                                                           int borderType, const Nox16s *borderValue, int divisor,
                                                           Nox8u *buffer);
+/** Rows filtered: single precision, one channel. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_32f_C1R(const Nox32f *src, int srcStep, Nox32f **rows, NoxiSize roi,
                                                       const Nox32f *kernel, int kernelSize, int xAnchor, int borderType,
                                                       Nox32f borderValue, Nox8u *buffer);
+/** Rows filtered: single precision, three channels. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_32f_C3R(const Nox32f *src, int srcStep, Nox32f **rows, NoxiSize roi,
                                                       const Nox32f *kernel, int kernelSize, int xAnchor, int borderType,
                                                       const Nox32f *borderValue, Nox8u *buffer);
@@ -124,26 +150,36 @@ NOX_API NoxStatus noxiFilterRowBorderPipeline_32f_C3R(const Nox32f *src, int src
  * are several cores.
  * @{
  */
+/** Columns filtered: 16-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterColumnPipeline_16s_C1R(const Nox16s **rows, Nox16s *dst, int dstStep, NoxiSize roi,
                                                    const Nox16s *kernel, int kernelSize, int divisor, Nox8u *buffer);
+/** Columns filtered: 16-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterColumnPipeline_16s_C3R(const Nox16s **rows, Nox16s *dst, int dstStep, NoxiSize roi,
                                                    const Nox16s *kernel, int kernelSize, int divisor, Nox8u *buffer);
+/** Columns filtered: 16-bit signed to 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiFilterColumnPipeline_16s8u_C1R(const Nox16s **rows, Nox8u *dst, int dstStep, NoxiSize roi,
                                                      const Nox16s *kernel, int kernelSize, int divisor, Nox8u *buffer);
+/** Columns filtered: 16-bit signed to 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiFilterColumnPipeline_16s8u_C3R(const Nox16s **rows, Nox8u *dst, int dstStep, NoxiSize roi,
                                                      const Nox16s *kernel, int kernelSize, int divisor, Nox8u *buffer);
+/** Columns filtered: 16-bit signed to 8-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterColumnPipeline_16s8s_C1R(const Nox16s **rows, Nox8s *dst, int dstStep, NoxiSize roi,
                                                      const Nox16s *kernel, int kernelSize, int divisor, Nox8u *buffer);
+/** Columns filtered: 16-bit signed to 8-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterColumnPipeline_16s8s_C3R(const Nox16s **rows, Nox8s *dst, int dstStep, NoxiSize roi,
                                                      const Nox16s *kernel, int kernelSize, int divisor, Nox8u *buffer);
+/** Columns filtered with a sum that wraps: 16-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterColumnPipeline_Low_16s_C1R(const Nox16s **rows, Nox16s *dst, int dstStep, NoxiSize roi,
                                                        const Nox16s *kernel, int kernelSize, int divisor,
                                                        Nox8u *buffer);
+/** Columns filtered with a sum that wraps: 16-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterColumnPipeline_Low_16s_C3R(const Nox16s **rows, Nox16s *dst, int dstStep, NoxiSize roi,
                                                        const Nox16s *kernel, int kernelSize, int divisor,
                                                        Nox8u *buffer);
+/** Columns filtered: single precision, one channel. */
 NOX_API NoxStatus noxiFilterColumnPipeline_32f_C1R(const Nox32f **rows, Nox32f *dst, int dstStep, NoxiSize roi,
                                                    const Nox32f *kernel, int kernelSize, Nox8u *buffer);
+/** Columns filtered: single precision, three channels. */
 NOX_API NoxStatus noxiFilterColumnPipeline_32f_C3R(const Nox32f **rows, Nox32f *dst, int dstStep, NoxiSize roi,
                                                    const Nox32f *kernel, int kernelSize, Nox8u *buffer);
 /** @} */
@@ -155,34 +191,63 @@ NOX_API NoxStatus noxiFilterColumnPipeline_32f_C3R(const Nox32f **rows, Nox32f *
  * Status: noxStsNullPointer (size), noxStsBadSize, noxStsBadMaskSize, in this order.
  * @{
  */
+/** Work buffer of noxiFilterSobelHorizBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelHorizBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelHorizBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelVertBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelVertBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelVertBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelNegVertBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelNegVertGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelNegVertBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelNegVertGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelNegVertBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelNegVertGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelHorizSecondBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelHorizSecondBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelHorizSecondBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelVertSecondBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertSecondGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelVertSecondBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertSecondGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelVertSecondBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertSecondGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelCrossBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelCrossGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelCrossBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelCrossGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterSobelCrossBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelCrossGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterLaplacianBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterLaplacianGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterLaplacianBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterLaplacianGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterLaplacianBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterLaplacianGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterScharrHorizBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterScharrHorizGetBufferSize_8u16s_C1R(NoxiSize roi, int *size);
+/** Work buffer of noxiFilterScharrHorizBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterScharrHorizGetBufferSize_8u8s_C1R(NoxiSize roi, int *size);
+/** Work buffer of noxiFilterScharrHorizBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterScharrHorizGetBufferSize_32f_C1R(NoxiSize roi, int *size);
+/** Work buffer of noxiFilterScharrVertBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterScharrVertGetBufferSize_8u16s_C1R(NoxiSize roi, int *size);
+/** Work buffer of noxiFilterScharrVertBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterScharrVertGetBufferSize_8u8s_C1R(NoxiSize roi, int *size);
+/** Work buffer of noxiFilterScharrVertBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterScharrVertGetBufferSize_32f_C1R(NoxiSize roi, int *size);
+/** Work buffer of noxiFilterLowpassBorder_8u_C1R. */
 NOX_API NoxStatus noxiFilterLowpassGetBufferSize_8u_C1R(NoxiSize roi, int mask, int *size);
+/** Work buffer of noxiFilterLowpassBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterLowpassGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
 /** @} */
 
@@ -217,81 +282,108 @@ NOX_API NoxStatus noxiFilterLowpassGetBufferSize_32f_C1R(NoxiSize roi, int mask,
  * SobelNegVert and SobelCross go parallel on a single core too.
  * @{
  */
+/** Below minus above (Sobel): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterSobelHorizBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                        NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                        Nox8u *buffer);
+/** Below minus above (Sobel): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterSobelHorizBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                       NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                       int divisor, Nox8u *buffer);
+/** Below minus above (Sobel): single precision. */
 NOX_API NoxStatus noxiFilterSobelHorizBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                      NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                      Nox8u *buffer);
+/** Left minus right (Sobel): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterSobelVertBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                       NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                       Nox8u *buffer);
+/** Left minus right (Sobel): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterSobelVertBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                      NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                      int divisor, Nox8u *buffer);
+/** Left minus right (Sobel): single precision. */
 NOX_API NoxStatus noxiFilterSobelVertBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                     NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                     Nox8u *buffer);
+/** Right minus left (Sobel): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterSobelNegVertBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                          NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                          Nox8u *buffer);
+/** Right minus left (Sobel): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterSobelNegVertBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                         NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                         int divisor, Nox8u *buffer);
+/** Right minus left (Sobel): single precision. */
 NOX_API NoxStatus noxiFilterSobelNegVertBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                        NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                        Nox8u *buffer);
+/** Second derivative down the columns (Sobel): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                              NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                              Nox8u *buffer);
+/** Second derivative down the columns (Sobel): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                             NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                             int divisor, Nox8u *buffer);
+/** Second derivative down the columns (Sobel): single precision. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                            NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                            Nox8u *buffer);
+/** Second derivative along the rows (Sobel): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterSobelVertSecondBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                             NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                             Nox8u *buffer);
+/** Second derivative along the rows (Sobel): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterSobelVertSecondBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                            NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                            int divisor, Nox8u *buffer);
+/** Second derivative along the rows (Sobel): single precision. */
 NOX_API NoxStatus noxiFilterSobelVertSecondBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                           NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                           Nox8u *buffer);
+/** Mixed second derivative (Sobel): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterSobelCrossBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                        NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                        Nox8u *buffer);
+/** Mixed second derivative (Sobel): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterSobelCrossBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                       NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                       int divisor, Nox8u *buffer);
+/** Mixed second derivative (Sobel): single precision. */
 NOX_API NoxStatus noxiFilterSobelCrossBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                      NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                      Nox8u *buffer);
+/** Laplacian: 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterLaplacianBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                       NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                       Nox8u *buffer);
+/** Laplacian: 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterLaplacianBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                      NoxiSize roi, int mask, int borderType, Nox8u borderValue,
                                                      int divisor, Nox8u *buffer);
+/** Laplacian: single precision. */
 NOX_API NoxStatus noxiFilterLaplacianBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                     NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                     Nox8u *buffer);
+/** Below minus above (Scharr): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterScharrHorizBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                         NoxiSize roi, int borderType, Nox8u borderValue, Nox8u *buffer);
+/** Below minus above (Scharr): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterScharrHorizBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                        NoxiSize roi, int borderType, Nox8u borderValue, int divisor,
                                                        Nox8u *buffer);
+/** Below minus above (Scharr): single precision. */
 NOX_API NoxStatus noxiFilterScharrHorizBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                       NoxiSize roi, int borderType, Nox32f borderValue, Nox8u *buffer);
+/** Right minus left (Scharr): 8-bit unsigned to 16-bit signed. */
 NOX_API NoxStatus noxiFilterScharrVertBorder_8u16s_C1R(const Nox8u *src, int srcStep, Nox16s *dst, int dstStep,
                                                        NoxiSize roi, int borderType, Nox8u borderValue, Nox8u *buffer);
+/** Right minus left (Scharr): 8-bit unsigned to 8-bit signed. */
 NOX_API NoxStatus noxiFilterScharrVertBorder_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep,
                                                       NoxiSize roi, int borderType, Nox8u borderValue, int divisor,
                                                       Nox8u *buffer);
+/** Right minus left (Scharr): single precision. */
 NOX_API NoxStatus noxiFilterScharrVertBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                      NoxiSize roi, int borderType, Nox32f borderValue, Nox8u *buffer);
 /** @} */
@@ -300,11 +392,16 @@ NOX_API NoxStatus noxiFilterScharrVertBorder_32f_C1R(const Nox32f *src, int srcS
  * @name Low-pass filters: the mean of the 3x3 or 5x5 neighbourhood
  * 8u: with s the sum, 3x3 gives (7280 s + 36400) >> 16 and 5x5 gives 2621 s >> 16; a flat image of 255 thus gives 254
  * at 5x5. 32f: the row sums rounded to single; then their sum times 0.11111111F or 0.04F in extended precision, rounded
- * once. Border, status and threads as in the Sobel filters (no divisor).
+ * once. Border and threads as in the Sobel filters (no divisor).
+ *
+ * Status: noxStsNullPointer (src, dst, buffer), noxStsBadSize, noxStsBadStep, noxStsOddStep (32f images),
+ * noxStsBadArgument (borderType), noxStsBadMaskSize, in this order.
  * @{
  */
+/** Mean of the window: 8-bit unsigned. */
 NOX_API NoxStatus noxiFilterLowpassBorder_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                                  int mask, int borderType, Nox8u borderValue, Nox8u *buffer);
+/** Mean of the window: single precision. */
 NOX_API NoxStatus noxiFilterLowpassBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep,
                                                   NoxiSize roi, int mask, int borderType, Nox32f borderValue,
                                                   Nox8u *buffer);
@@ -343,7 +440,9 @@ NOX_API NoxStatus noxiFilterGaussBorder_32f_C1R(const Nox32f *src, int srcStep, 
  * this order.
  * @{
  */
+/** Taps as 16-bit integers. */
 NOX_API NoxStatus noxiGenSobelKernel_16s(Nox16s *kernel, int kernelSize, int dx, int sign);
+/** Taps as floats. */
 NOX_API NoxStatus noxiGenSobelKernel_32f(Nox32f *kernel, int kernelSize, int dx, int sign);
 /** @} */
 

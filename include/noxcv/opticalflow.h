@@ -1,6 +1,8 @@
 /**
  * @file opticalflow.h
  * Points tracked between two pictures through their pyramids.
+ *
+ * What all functions share (addresses, checks, overlap, threads, floating-point state) is told in frame.h.
  */
 #ifndef NOXCV_OPTICALFLOW_H
 #define NOXCV_OPTICALFLOW_H
@@ -26,10 +28,13 @@ typedef struct NoxiOptFlowPyrLKState NoxiOptFlowPyrLKState;
  * allocated).
  * @{
  */
+/** State for pictures of 8-bit pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLKInitAlloc_8u_C1R(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize,
                                                        int hint);
+/** State for pictures of 16-bit pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLKInitAlloc_16u_C1R(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize,
                                                         int hint);
+/** State for pictures of single-precision pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLKInitAlloc_32f_C1R(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize,
                                                         int hint);
 /** @} */
@@ -41,8 +46,11 @@ NOX_API NoxStatus noxiOpticalFlowPyrLKInitAlloc_32f_C1R(NoxiOptFlowPyrLKState **
  * Status: noxStsNullPointer.
  * @{
  */
+/** Releases a state for pictures of 8-bit pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLKFree_8u_C1R(NoxiOptFlowPyrLKState *state);
+/** Releases a state for pictures of 16-bit pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLKFree_16u_C1R(NoxiOptFlowPyrLKState *state);
+/** Releases a state for pictures of single-precision pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLKFree_32f_C1R(NoxiOptFlowPyrLKState *state);
 /** @} */
 
@@ -90,14 +98,17 @@ NOX_API NoxStatus noxiOpticalFlowPyrLKFree_32f_C1R(NoxiOptFlowPyrLKState *state)
  * another type). Lost points are no failure of the call.
  * @{
  */
+/** Tracks points between pictures of 8-bit pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLK_8u_C1R(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2,
                                               const NoxiPoint32f *prevPts, NoxiPoint32f *nextPts, Nox8s *status,
                                               Nox32f *error, int numPoints, int winSize, int maxLevel, int maxIter,
                                               Nox32f threshold, NoxiOptFlowPyrLKState *state);
+/** Tracks points between pictures of 16-bit pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLK_16u_C1R(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2,
                                                const NoxiPoint32f *prevPts, NoxiPoint32f *nextPts, Nox8s *status,
                                                Nox32f *error, int numPoints, int winSize, int maxLevel, int maxIter,
                                                Nox32f threshold, NoxiOptFlowPyrLKState *state);
+/** Tracks points between pictures of single-precision pixels. */
 NOX_API NoxStatus noxiOpticalFlowPyrLK_32f_C1R(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2,
                                                const NoxiPoint32f *prevPts, NoxiPoint32f *nextPts, Nox8s *status,
                                                Nox32f *error, int numPoints, int winSize, int maxLevel, int maxIter,

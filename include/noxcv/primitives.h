@@ -1,6 +1,8 @@
 /**
  * @file primitives.h
  * Memory, one-dimensional primitives, and copies, borders, differences and thresholds of images.
+ *
+ * What all functions share (addresses, checks, overlap, threads, floating-point state) is told in frame.h.
  */
 #ifndef NOXCV_PRIMITIVES_H
 #define NOXCV_PRIMITIVES_H
@@ -32,11 +34,17 @@ NOX_API extern int nox_min_version;                            /**< 0: oldest ve
  * Release it with noxsFree.
  * @{
  */
+/** Elements of one unsigned byte. */
 NOX_API Nox8u *noxsMalloc_8u(int length);
+/** Elements of one signed byte. */
 NOX_API Nox8s *noxsMalloc_8s(int length);
+/** Elements of two bytes. */
 NOX_API Nox16u *noxsMalloc_16u(int length);
+/** Elements of four bytes. */
 NOX_API Nox32s *noxsMalloc_32s(int length);
+/** Elements of four bytes, single precision. */
 NOX_API Nox32f *noxsMalloc_32f(int length);
+/** Elements of eight bytes, double precision. */
 NOX_API Nox64f *noxsMalloc_64f(int length);
 /** Releases a block of the functions above through nox_free; null is allowed. */
 NOX_API void noxsFree(void *block);
@@ -50,13 +58,21 @@ NOX_API void noxsFree(void *block);
  * Status: noxStsNullPointer, noxStsBadSize (length below 1), in this order.
  * @{
  */
+/** dst = src: 8-bit unsigned. */
 NOX_API NoxStatus noxsCopy_8u(const Nox8u *src, Nox8u *dst, int length);
+/** dst = src: single precision. */
 NOX_API NoxStatus noxsCopy_32f(const Nox32f *src, Nox32f *dst, int length);
+/** dst = value: 8-bit unsigned. */
 NOX_API NoxStatus noxsSet_8u(Nox8u value, Nox8u *dst, int length);
+/** dst = value: single precision. */
 NOX_API NoxStatus noxsSet_32f(Nox32f value, Nox32f *dst, int length);
+/** dst = 0: 8-bit unsigned. */
 NOX_API NoxStatus noxsZero_8u(Nox8u *dst, int length);
+/** dst = 0: 16-bit signed. */
 NOX_API NoxStatus noxsZero_16s(Nox16s *dst, int length);
+/** dst = 0: 32-bit integers. */
 NOX_API NoxStatus noxsZero_32s(Nox32s *dst, int length);
+/** dst = 0: single precision. */
 NOX_API NoxStatus noxsZero_32f(Nox32f *dst, int length);
 /** @} */
 
@@ -72,13 +88,21 @@ NOX_API NoxStatus noxsZero_32f(Nox32f *dst, int length);
  * Status of the others: noxStsNullPointer, noxStsBadSize (length below 1), in this order.
  * @{
  */
+/** srcDst = min(src, srcDst): 8-bit unsigned. */
 NOX_API NoxStatus noxsMinEvery_8u_I(const Nox8u *src, Nox8u *srcDst, int length);
+/** srcDst = max(src, srcDst): 8-bit unsigned. */
 NOX_API NoxStatus noxsMaxEvery_8u_I(const Nox8u *src, Nox8u *srcDst, int length);
+/** srcDst = min(src, srcDst): single precision. */
 NOX_API NoxStatus noxsMinEvery_32f_I(const Nox32f *src, Nox32f *srcDst, int length);
+/** srcDst = max(src, srcDst): single precision. */
 NOX_API NoxStatus noxsMaxEvery_32f_I(const Nox32f *src, Nox32f *srcDst, int length);
+/** dst = min(src1, src2): 8-bit unsigned. */
 NOX_API NoxStatus noxsMinEvery_8u(const Nox8u *src1, const Nox8u *src2, Nox8u *dst, int length);
+/** dst = max(src1, src2): 8-bit unsigned. */
 NOX_API NoxStatus noxsMaxEvery_8u(const Nox8u *src1, const Nox8u *src2, Nox8u *dst, int length);
+/** dst = min(src1, src2): single precision. */
 NOX_API NoxStatus noxsMinEvery_32f(const Nox32f *src1, const Nox32f *src2, Nox32f *dst, int length);
+/** dst = max(src1, src2): single precision. */
 NOX_API NoxStatus noxsMaxEvery_32f(const Nox32f *src1, const Nox32f *src2, Nox32f *dst, int length);
 /** @} */
 
@@ -153,11 +177,17 @@ NOX_API NoxStatus noxsSortAscend_64f_I(Nox64f *srcDst, int length);
  * Status: noxStsNullPointer, noxStsBadSize, in this order.
  * @{
  */
+/** dst = src: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiCopy_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi);
+/** dst = src: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiCopy_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi);
+/** dst = src: 8-bit unsigned, four channels. */
 NOX_API NoxStatus noxiCopy_8u_C4R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi);
+/** dst = src: single precision, one channel. */
 NOX_API NoxStatus noxiCopy_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi);
+/** dst = src: single precision, three channels. */
 NOX_API NoxStatus noxiCopy_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi);
+/** dst = src: single precision, four channels. */
 NOX_API NoxStatus noxiCopy_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi);
 /** @} */
 
@@ -183,26 +213,35 @@ NOX_API NoxStatus noxiCopyConstBorder_8u_C1R(const Nox8u *src, int srcStep, Noxi
 
 /**
  * @name Copy with replicated border
- * Copies a region into a larger one; each pixel of the border is the nearest pixel of the source. Placement, checks
- * and statuses are those of noxiCopyConstBorder_8u_C1R. One, three or four interleaved channels. The 32s forms move
+ * Copies a region into a larger one; each pixel of the border is the nearest pixel of the source. Placement and
+ * checks are those of noxiCopyConstBorder_8u_C1R. One, three or four interleaved channels. The 32s forms move
  * bit patterns, so they serve Nox32f images too; their steps may be any positive numbers of bytes.
+ *
+ * Status: noxStsNullPointer; noxStsBadStep when a step is below 1; noxStsBadSize when a width or height is below 1,
+ * when topBorderHeight or leftBorderWidth is negative, or when the source does not fit at its place; in this order.
  * @{
  */
+/** Nearest edge pixel around a copy: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiCopyReplicateBorder_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst,
                                                  int dstStep, NoxiSize dstRoi, int topBorderHeight,
                                                  int leftBorderWidth);
+/** Nearest edge pixel around a copy: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_8u_C3R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst,
                                                  int dstStep, NoxiSize dstRoi, int topBorderHeight,
                                                  int leftBorderWidth);
+/** Nearest edge pixel around a copy: 8-bit unsigned, four channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_8u_C4R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst,
                                                  int dstStep, NoxiSize dstRoi, int topBorderHeight,
                                                  int leftBorderWidth);
+/** Nearest edge pixel around a copy: 32-bit integers, one channel. */
 NOX_API NoxStatus noxiCopyReplicateBorder_32s_C1R(const Nox32s *src, int srcStep, NoxiSize srcRoi, Nox32s *dst,
                                                   int dstStep, NoxiSize dstRoi, int topBorderHeight,
                                                   int leftBorderWidth);
+/** Nearest edge pixel around a copy: 32-bit integers, three channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_32s_C3R(const Nox32s *src, int srcStep, NoxiSize srcRoi, Nox32s *dst,
                                                   int dstStep, NoxiSize dstRoi, int topBorderHeight,
                                                   int leftBorderWidth);
+/** Nearest edge pixel around a copy: 32-bit integers, four channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_32s_C4R(const Nox32s *src, int srcStep, NoxiSize srcRoi, Nox32s *dst,
                                                   int dstStep, NoxiSize dstRoi, int topBorderHeight,
                                                   int leftBorderWidth);
@@ -215,16 +254,22 @@ NOX_API NoxStatus noxiCopyReplicateBorder_32s_C4R(const Nox32s *src, int srcStep
  * left. Statuses as above.
  * @{
  */
+/** Nearest edge pixel around the region itself: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiCopyReplicateBorder_8u_C1IR(Nox8u *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
                                                   int topBorderHeight, int leftBorderWidth);
+/** Nearest edge pixel around the region itself: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_8u_C3IR(Nox8u *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
                                                   int topBorderHeight, int leftBorderWidth);
+/** Nearest edge pixel around the region itself: 8-bit unsigned, four channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_8u_C4IR(Nox8u *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
                                                   int topBorderHeight, int leftBorderWidth);
+/** Nearest edge pixel around the region itself: 32-bit integers, one channel. */
 NOX_API NoxStatus noxiCopyReplicateBorder_32s_C1IR(Nox32s *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
                                                    int topBorderHeight, int leftBorderWidth);
+/** Nearest edge pixel around the region itself: 32-bit integers, three channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_32s_C3IR(Nox32s *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
                                                    int topBorderHeight, int leftBorderWidth);
+/** Nearest edge pixel around the region itself: 32-bit integers, four channels. */
 NOX_API NoxStatus noxiCopyReplicateBorder_32s_C4IR(Nox32s *srcDst, int srcDstStep, NoxiSize srcRoi, NoxiSize dstRoi,
                                                    int topBorderHeight, int leftBorderWidth);
 /** @} */
@@ -243,25 +288,37 @@ NOX_API NoxStatus noxiCopyReplicateBorder_32s_C4IR(Nox32s *srcDst, int srcDstSte
  * 1 (noxStsBadSize) before the pointers.
  * @{
  */
+/** dst = src2 - src1: single precision, one channel. */
 NOX_API NoxStatus noxiSub_32f_C1R(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step, Nox32f *dst,
                                   int dstStep, NoxiSize roi);
+/** dst = src2 - src1: single precision, three channels. */
 NOX_API NoxStatus noxiSub_32f_C3R(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step, Nox32f *dst,
                                   int dstStep, NoxiSize roi);
+/** dst = src2 - src1: single precision, four channels. */
 NOX_API NoxStatus noxiSub_32f_C4R(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step, Nox32f *dst,
                                   int dstStep, NoxiSize roi);
+/** srcDst = srcDst - src: single precision, one channel. */
 NOX_API NoxStatus noxiSub_32f_C1IR(const Nox32f *src, int srcStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi);
+/** srcDst = srcDst - src: single precision, three channels. */
 NOX_API NoxStatus noxiSub_32f_C3IR(const Nox32f *src, int srcStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi);
+/** srcDst = srcDst - src: single precision, four channels. */
 NOX_API NoxStatus noxiSub_32f_C4IR(const Nox32f *src, int srcStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi);
+/** dst = src2 - src1, from 0 up and scaled: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiSub_8u_C1RSfs(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step, Nox8u *dst,
                                     int dstStep, NoxiSize roi, int scaleFactor);
+/** dst = src2 - src1, from 0 up and scaled: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiSub_8u_C3RSfs(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step, Nox8u *dst,
                                     int dstStep, NoxiSize roi, int scaleFactor);
+/** dst = src2 - src1, from 0 up and scaled: 8-bit unsigned, four channels. */
 NOX_API NoxStatus noxiSub_8u_C4RSfs(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step, Nox8u *dst,
                                     int dstStep, NoxiSize roi, int scaleFactor);
+/** srcDst = srcDst - src, from 0 up and scaled: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiSub_8u_C1IRSfs(const Nox8u *src, int srcStep, Nox8u *srcDst, int srcDstStep, NoxiSize roi,
                                      int scaleFactor);
+/** srcDst = srcDst - src, from 0 up and scaled: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiSub_8u_C3IRSfs(const Nox8u *src, int srcStep, Nox8u *srcDst, int srcDstStep, NoxiSize roi,
                                      int scaleFactor);
+/** srcDst = srcDst - src, from 0 up and scaled: 8-bit unsigned, four channels. */
 NOX_API NoxStatus noxiSub_8u_C4IRSfs(const Nox8u *src, int srcStep, Nox8u *srcDst, int srcDstStep, NoxiSize roi,
                                      int scaleFactor);
 /** @} */
@@ -276,10 +333,13 @@ NOX_API NoxStatus noxiSub_8u_C4IRSfs(const Nox8u *src, int srcStep, Nox8u *srcDs
  * when a step is below 1 (steps are not compared with the width); in this order.
  * @{
  */
+/** Pixels that compare so with the threshold become value: 8-bit unsigned. */
 NOX_API NoxStatus noxiThreshold_Val_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                            Nox8u threshold, Nox8u value, int compare);
+/** Pixels above the threshold become value: 8-bit unsigned. */
 NOX_API NoxStatus noxiThreshold_GTVal_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                              Nox8u threshold, Nox8u value);
+/** Pixels above the threshold become value: 8-bit unsigned, in place. */
 NOX_API NoxStatus noxiThreshold_GTVal_8u_C1IR(Nox8u *srcDst, int srcDstStep, NoxiSize roi, Nox8u threshold,
                                               Nox8u value);
 /** @} */
@@ -295,10 +355,13 @@ NOX_API NoxStatus noxiThreshold_GTVal_8u_C1IR(Nox8u *srcDst, int srcDstStep, Nox
  * other compare; in this order.
  * @{
  */
+/** Pixels that compare so with the threshold become the threshold: single precision. */
 NOX_API NoxStatus noxiThreshold_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                         Nox32f threshold, int compare);
+/** Pixels below the threshold become the threshold: single precision. */
 NOX_API NoxStatus noxiThreshold_LT_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                            Nox32f threshold);
+/** Pixels below the threshold become the threshold: single precision, in place. */
 NOX_API NoxStatus noxiThreshold_LT_32f_C1IR(Nox32f *srcDst, int srcDstStep, NoxiSize roi, Nox32f threshold);
 /** @} */
 

@@ -1,6 +1,8 @@
 /**
  * @file pyramid.h
  * Pyramids: Gaussian resampling by two, pyramid records, and layers at any rate.
+ *
+ * What all functions share (addresses, checks, overlap, threads, floating-point state) is told in frame.h.
  */
 #ifndef NOXCV_PYRAMID_H
 #define NOXCV_PYRAMID_H
@@ -29,16 +31,22 @@ NOX_BEGIN_DECLS
  * width), noxStsOddStep (32f).
  * @{
  */
+/** Half the size: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyrDown_Gauss5x5_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                               Nox8u *buffer);
+/** Half the size: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiPyrDown_Gauss5x5_8s_C1R(const Nox8s *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,
                                               Nox8u *buffer);
+/** Half the size: single precision, one channel. */
 NOX_API NoxStatus noxiPyrDown_Gauss5x5_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                                Nox8u *buffer);
+/** Half the size: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyrDown_Gauss5x5_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                               Nox8u *buffer);
+/** Half the size: 8-bit signed, three channels. */
 NOX_API NoxStatus noxiPyrDown_Gauss5x5_8s_C3R(const Nox8s *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,
                                               Nox8u *buffer);
+/** Half the size: single precision, three channels. */
 NOX_API NoxStatus noxiPyrDown_Gauss5x5_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                                Nox8u *buffer);
 /** @} */
@@ -61,16 +69,22 @@ NOX_API NoxStatus noxiPyrDown_Gauss5x5_32f_C3R(const Nox32f *src, int srcStep, N
  * width), noxStsOddStep (32f).
  * @{
  */
+/** Twice the size: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyrUp_Gauss5x5_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                             Nox8u *buffer);
+/** Twice the size: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiPyrUp_Gauss5x5_8s_C1R(const Nox8s *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,
                                             Nox8u *buffer);
+/** Twice the size: single precision, one channel. */
 NOX_API NoxStatus noxiPyrUp_Gauss5x5_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                              Nox8u *buffer);
+/** Twice the size: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyrUp_Gauss5x5_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                             Nox8u *buffer);
+/** Twice the size: 8-bit signed, three channels. */
 NOX_API NoxStatus noxiPyrUp_Gauss5x5_8s_C3R(const Nox8s *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,
                                             Nox8u *buffer);
+/** Twice the size: single precision, three channels. */
 NOX_API NoxStatus noxiPyrUp_Gauss5x5_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                              Nox8u *buffer);
 /** @} */
@@ -86,7 +100,9 @@ NOX_API NoxStatus noxiPyrUp_Gauss5x5_32f_C3R(const Nox32f *src, int srcStep, Nox
  * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadChannelCount, noxStsBadDataType.
  * @{
  */
+/** Work buffer of noxiPyrDown_Gauss5x5 for a source of this width. */
 NOX_API NoxStatus noxiPyrDownGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize);
+/** Work buffer of noxiPyrUp_Gauss5x5 for a source of this width. */
 NOX_API NoxStatus noxiPyrUpGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize);
 /** @} */
 
@@ -110,13 +126,16 @@ typedef struct NoxiPyramidLayerState NoxiPyramidLayerState;
  * @name Sizes of neighbouring levels
  * noxiGetPyramidUpROI writes the smallest and the largest size that a level may have above one of size roi: for each
  * side of length n, from max(trunc((n - 1) rate) + 1, n + 1), or 1 when n is 1, to max(n + 1, trunc(n rate)), the
- * products in single precision. noxiGetPyramidDownROI writes the size below one of size roi: near roi / rate, and such
- * that roi lies in its range upwards.
+ * products in single precision. noxiGetPyramidDownROI writes the size below one of size roi: for each
+ * side of length n, m = max(trunc(n / rate + 0.5), 1) in single precision, then m is lowered while n lies below the
+ * range that noxiGetPyramidUpROI gives for m (and m is above 1), and raised while n lies above it.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadArgument unless 1 < rate <= 10.
  * @{
  */
+/** Size of the level below one of size roi. */
 NOX_API NoxStatus noxiGetPyramidDownROI(NoxiSize roi, NoxiSize *dstRoi, Nox32f rate);
+/** Smallest and largest size of the level above one of size roi. */
 NOX_API NoxStatus noxiGetPyramidUpROI(NoxiSize roi, NoxiSize *dstRoiMin, NoxiSize *dstRoiMax, Nox32f rate);
 /** @} */
 
@@ -129,7 +148,9 @@ NOX_API NoxStatus noxiGetPyramidUpROI(NoxiSize roi, NoxiSize *dstRoiMin, NoxiSiz
  * 1 < rate <= 10 and level >= 1, noxStsNoMemory. Of noxiPyramidFree: noxStsNullPointer.
  * @{
  */
+/** Makes a record. */
 NOX_API NoxStatus noxiPyramidInitAlloc(NoxiPyramid **pyramid, int level, NoxiSize roi, Nox32f rate);
+/** Releases a record. */
 NOX_API NoxStatus noxiPyramidFree(NoxiPyramid *pyramid);
 /** @} */
 
@@ -137,7 +158,8 @@ NOX_API NoxStatus noxiPyramidFree(NoxiPyramid *pyramid);
  * @name States of the down layer
  * Makes the state of a layer for images up to the size roi of the source, the larger of the two. The kernel is
  * symmetric: its left half and centre are used, and noxStsKernelNotSymmetric warns when a mirrored tap differs (exactly
- * for integers, by more than the smallest normal number for Nox32f). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
+ * for integers, by more than the smallest normal number for Nox32f). Taps are k(0) to k(2c), the
+ * centre is k(c). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
  * Integer taps get 13 fractional bits: ((k(i) * 16384) / sum) >> 1, the division truncating toward zero; Nox32f taps
  * are divided by the sum.
  *
@@ -148,21 +170,26 @@ NOX_API NoxStatus noxiPyramidFree(NoxiPyramid *pyramid);
  * @param kernelSize  odd, at least 3.
  * @param mode        2.
  *
- * Status, in this order: noxStsNullPointer (state, kernel), noxStsBadSize, noxStsBadArgument (mode, rate not in 1 <
- * rate
- * <= 10, kernelSize), noxStsNoMemory; the warning noxStsKernelNotSymmetric.
+ * Status, in this order: noxStsNullPointer (state, kernel), noxStsBadSize, noxStsBadArgument (mode, rate unless
+ * 1 < rate <= 10, kernelSize), noxStsNoMemory; the warning noxStsKernelNotSymmetric.
  * @{
  */
+/** State of the down layer: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_8u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                        const Nox16s *kernel, int kernelSize, int mode);
+/** State of the down layer: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_16u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                         const Nox16s *kernel, int kernelSize, int mode);
+/** State of the down layer: single precision, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_32f_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                         const Nox32f *kernel, int kernelSize, int mode);
+/** State of the down layer: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_8u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                        const Nox16s *kernel, int kernelSize, int mode);
+/** State of the down layer: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_16u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                         const Nox16s *kernel, int kernelSize, int mode);
+/** State of the down layer: single precision, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_32f_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                         const Nox32f *kernel, int kernelSize, int mode);
 /** @} */
@@ -188,16 +215,22 @@ NOX_API NoxStatus noxiPyramidLayerDownInitAlloc_32f_C3R(NoxiPyramidLayerState **
  * noxiGetPyramidDownROI tells for srcRoi, or when srcRoi is larger than the state's.
  * @{
  */
+/** Next smaller level: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDown_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
                                               NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next smaller level: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDown_16u_C1R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst,
                                                int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next smaller level: single precision, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDown_32f_C1R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst,
                                                int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next smaller level: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDown_8u_C3R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
                                               NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next smaller level: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDown_16u_C3R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst,
                                                int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next smaller level: single precision, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDown_32f_C3R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst,
                                                int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state);
 /** @} */
@@ -206,7 +239,8 @@ NOX_API NoxStatus noxiPyramidLayerDown_32f_C3R(const Nox32f *src, int srcStep, N
  * @name States of the up layer
  * Makes the state of a layer for images up to the size roi of the destination, the larger of the two. The kernel is
  * symmetric: its left half and centre are used, and noxStsKernelNotSymmetric warns when a mirrored tap differs (exactly
- * for integers, by more than the smallest normal number for Nox32f). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
+ * for integers, by more than the smallest normal number for Nox32f). Taps are k(0) to k(2c), the
+ * centre is k(c). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
  * Integer taps get 13 fractional bits: trunc(4 k(i) / s2 * 8192 + 0.5) >> 1 with s2 = 2 sum, in single precision;
  * Nox32f taps are divided by the sum.
  *
@@ -217,21 +251,26 @@ NOX_API NoxStatus noxiPyramidLayerDown_32f_C3R(const Nox32f *src, int srcStep, N
  * @param kernelSize  odd, at least 3.
  * @param mode        2.
  *
- * Status, in this order: noxStsNullPointer (state, kernel), noxStsBadSize, noxStsBadArgument (mode, rate not in 1 <
- * rate
- * <= 10, kernelSize), noxStsNoMemory; the warning noxStsKernelNotSymmetric.
+ * Status, in this order: noxStsNullPointer (state, kernel), noxStsBadSize, noxStsBadArgument (mode, rate unless
+ * 1 < rate <= 10, kernelSize), noxStsNoMemory; the warning noxStsKernelNotSymmetric.
  * @{
  */
+/** State of the up layer: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_8u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                      const Nox16s *kernel, int kernelSize, int mode);
+/** State of the up layer: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_16u_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                       const Nox16s *kernel, int kernelSize, int mode);
+/** State of the up layer: single precision, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_32f_C1R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                       const Nox32f *kernel, int kernelSize, int mode);
+/** State of the up layer: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_8u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                      const Nox16s *kernel, int kernelSize, int mode);
+/** State of the up layer: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_16u_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                       const Nox16s *kernel, int kernelSize, int mode);
+/** State of the up layer: single precision, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_32f_C3R(NoxiPyramidLayerState **state, NoxiSize roi, Nox32f rate,
                                                       const Nox32f *kernel, int kernelSize, int mode);
 /** @} */
@@ -242,8 +281,9 @@ NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_32f_C3R(NoxiPyramidLayerState **st
  * weight that reached it, so that an irregular grid of sources leaves no ripple in brightness: first along rows, then
  * along columns. Outside the image the source is reflected without repeating the edge.
  *
- * Source sample i lies at p = i rate, q = trunc(p + 100) - 100, f = p - q in single precision. It adds
- * k(t - 1) f + k(t) (1 - f) times its value at the places q + t, t from -half + 1 to half; with f = 0, k(t) for all
+ * Source sample i lies at p = i rate, q = trunc(p + 100) - 100, f = p - q in single precision. With
+ * w(t) the normalised tap at distance |t| from the centre and half the distance of the outermost one, it adds
+ * w(t - 1) f + w(t) (1 - f) times its value at the places q + t, t from -half + 1 to half; with f = 0, w(t) for all
  * taps (without the outermost when they are 0). Products with f not 0 are truncated after adding 0.5. Row results are
  * scaled by 32768 / weight with 8 bits dropped (8u) or 8192 / weight with 6 bits dropped (16u), rounding half up;
  * column results by the same factors with 22 and 20 bits dropped, and limited to the type's range. Nox32f: divided by
@@ -256,16 +296,22 @@ NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_32f_C3R(NoxiPyramidLayerState **st
  * range of noxiGetPyramidUpROI for srcRoi, or when dstRoi is larger than the state's, noxStsNoMemory.
  * @{
  */
+/** Next larger level: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUp_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
                                             NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next larger level: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUp_16u_C1R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst, int dstStep,
                                              NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next larger level: single precision, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUp_32f_C1R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst, int dstStep,
                                              NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next larger level: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUp_8u_C3R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst, int dstStep,
                                             NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next larger level: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUp_16u_C3R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst, int dstStep,
                                              NoxiSize dstRoi, NoxiPyramidLayerState *state);
+/** Next larger level: single precision, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUp_32f_C3R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst, int dstStep,
                                              NoxiSize dstRoi, NoxiPyramidLayerState *state);
 /** @} */
@@ -277,19 +323,33 @@ NOX_API NoxStatus noxiPyramidLayerUp_32f_C3R(const Nox32f *src, int srcStep, Nox
  * Status: noxStsNullPointer.
  * @{
  */
+/** Releases a state of the down layer, whatever its type. */
 NOX_API NoxStatus noxiPyramidLayerDownFree(NoxiPyramidLayerState *state);
+/** Releases a state of the up layer, whatever its type. */
 NOX_API NoxStatus noxiPyramidLayerUpFree(NoxiPyramidLayerState *state);
+/** Releases a state of the down layer: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDownFree_8u_C1R(NoxiPyramidLayerState *state);
+/** Releases a state of the down layer: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDownFree_16u_C1R(NoxiPyramidLayerState *state);
+/** Releases a state of the down layer: single precision, one channel. */
 NOX_API NoxStatus noxiPyramidLayerDownFree_32f_C1R(NoxiPyramidLayerState *state);
+/** Releases a state of the down layer: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDownFree_8u_C3R(NoxiPyramidLayerState *state);
+/** Releases a state of the down layer: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDownFree_16u_C3R(NoxiPyramidLayerState *state);
+/** Releases a state of the down layer: single precision, three channels. */
 NOX_API NoxStatus noxiPyramidLayerDownFree_32f_C3R(NoxiPyramidLayerState *state);
+/** Releases a state of the up layer: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUpFree_8u_C1R(NoxiPyramidLayerState *state);
+/** Releases a state of the up layer: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUpFree_16u_C1R(NoxiPyramidLayerState *state);
+/** Releases a state of the up layer: single precision, one channel. */
 NOX_API NoxStatus noxiPyramidLayerUpFree_32f_C1R(NoxiPyramidLayerState *state);
+/** Releases a state of the up layer: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUpFree_8u_C3R(NoxiPyramidLayerState *state);
+/** Releases a state of the up layer: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUpFree_16u_C3R(NoxiPyramidLayerState *state);
+/** Releases a state of the up layer: single precision, three channels. */
 NOX_API NoxStatus noxiPyramidLayerUpFree_32f_C3R(NoxiPyramidLayerState *state);
 /** @} */
 

@@ -1,6 +1,8 @@
 /**
  * @file sampling.h
  * Sampling and geometry: sub-pixel copies, line samples, radial undistortion.
+ *
+ * What all functions share (addresses, checks, overlap, threads, floating-point state) is told in frame.h.
  */
 #ifndef NOXCV_SAMPLING_H
 #define NOXCV_SAMPLING_H
@@ -20,30 +22,36 @@ NOX_BEGIN_DECLS
  * 0); the whole part is the caller's to put into src. **One column to the right of roi and one row below it are read**,
  * for every dx and dy. dst and the pixels read may not overlap.
  *
- * - Nox8u and Nox8u to Nox16u: ax and ay are rounded to multiples of 2^-14, each product of two weights is floor(16384
- * w
- *   + 1) / 16384, and so at fraction 0 the weights are 16385, 1, 1 and 1 over 16384. The sum is rounded half up.
+ * - Nox8u and Nox8u to Nox16u: ax and ay are rounded to multiples of 2^-14, each product w of two weights
+ *   becomes floor(16384 w + 1) / 16384, and so at fraction 0 the weights are 16385, 1, 1 and 1 over 16384. The sum is
+ *   rounded half up.
  * - Nox16u: ax, ay and the products are rounded half up to multiples of 2^-15, and so is the result; it saturates.
  * - 8u16u: the result is the sum times 2^-scaleFactor, rounded half up and saturated. scaleFactor is taken modulo 32,
  *   from -13 to 17; one of 18 (or -14) gives 0 everywhere.
  * - Nox32f results: in single precision, with ax at least 1e-06, which gives the values along a row by a recurrence:
- * with g(x) = src(x + 1, y) (ax (1 - ay)) + src(x + 1, y + 1) (ax ay), dst(x, y) is g(x - 1) ((1 - ax) / ax) + g(x),
- * and dst(0, y) is src(0, y) ((1 - ax) (1 - ay)) + src(0, y + 1) ((1 - ax) ay) + g(0).
+ *   with g(x) = src(x + 1, y) (ax (1 - ay)) + src(x + 1, y + 1) (ax ay), dst(x, y) is g(x - 1) ((1 - ax) / ax) + g(x),
+ *   and dst(0, y) is src(0, y) ((1 - ax) (1 - ay)) + src(0, y + 1) ((1 - ax) ay) + g(0).
  *
  * Status, in this order: noxStsNullPointer (src, dst), noxStsBadSize, noxStsBadStep (each image by its own width in
  * bytes; the column beyond roi is not counted), noxStsOddStep (images of 16u and 32f).
  * @{
  */
+/** Image shifted by a fraction of a pixel: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiCopySubpix_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi, Nox32f dx,
                                         Nox32f dy);
+/** Image shifted by a fraction of a pixel: 8-bit to 16-bit unsigned, one channel, scaled by 2^-scaleFactor. */
 NOX_API NoxStatus noxiCopySubpix_8u16u_C1R_Sfs(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
                                                Nox32f dx, Nox32f dy, int scaleFactor);
+/** Image shifted by a fraction of a pixel: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiCopySubpix_16u_C1R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
                                          Nox32f dx, Nox32f dy);
+/** Image shifted by a fraction of a pixel: 8-bit unsigned to single precision, one channel. */
 NOX_API NoxStatus noxiCopySubpix_8u32f_C1R(const Nox8u *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                            Nox32f dx, Nox32f dy);
+/** Image shifted by a fraction of a pixel: 16-bit unsigned to single precision, one channel. */
 NOX_API NoxStatus noxiCopySubpix_16u32f_C1R(const Nox16u *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                             Nox32f dx, Nox32f dy);
+/** Image shifted by a fraction of a pixel: single precision, one channel. */
 NOX_API NoxStatus noxiCopySubpix_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                          Nox32f dx, Nox32f dy);
 /** @} */
@@ -66,29 +74,35 @@ NOX_API NoxStatus noxiCopySubpix_32f_C1R(const Nox32f *src, int srcStep, Nox32f 
  * repeats the last sample. A coordinate that is not finite has fraction 0.
  *
  * - Nox8u, 8u16u and Nox16u: weights, rounding and scaleFactor as in the shift above. Outside the four-point cells
- * weights are those of the two-row or two-column sum: the sums of two weights, or the axis' own.
+ *   weights are those of the two-row or two-column sum: the sums of two weights, or the axis' own.
  * - Nox32f results: single precision, weights (1 - ax) (1 - ay) and so on with the plain fraction, summed in the order
- * of the shift's formula; fraction 0 copies.
+ *   of the shift's formula; fraction 0 copies.
  *
  * Status, in this order: noxStsNullPointer (src, dst, min, max), noxStsBadSize (either size), noxStsBadStep (src by
  * srcRoi, dst by dstRoi), noxStsOddStep (images of 16u and 32f).
  * @{
  */
+/** Patch around a point: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiCopySubpixIntersect_8u_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox8u *dst,
                                                  int dstStep, NoxiSize dstRoi, NoxiPoint32f point, NoxiPoint *min,
                                                  NoxiPoint *max);
+/** Patch around a point: 8-bit to 16-bit unsigned, one channel, scaled by 2^-scaleFactor. */
 NOX_API NoxStatus noxiCopySubpixIntersect_8u16u_C1R_Sfs(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst,
                                                         int dstStep, NoxiSize dstRoi, NoxiPoint32f point,
                                                         NoxiPoint *min, NoxiPoint *max, int scaleFactor);
+/** Patch around a point: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiCopySubpixIntersect_16u_C1R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox16u *dst,
                                                   int dstStep, NoxiSize dstRoi, NoxiPoint32f point, NoxiPoint *min,
                                                   NoxiPoint *max);
+/** Patch around a point: 8-bit unsigned to single precision, one channel. */
 NOX_API NoxStatus noxiCopySubpixIntersect_8u32f_C1R(const Nox8u *src, int srcStep, NoxiSize srcRoi, Nox32f *dst,
                                                     int dstStep, NoxiSize dstRoi, NoxiPoint32f point, NoxiPoint *min,
                                                     NoxiPoint *max);
+/** Patch around a point: 16-bit unsigned to single precision, one channel. */
 NOX_API NoxStatus noxiCopySubpixIntersect_16u32f_C1R(const Nox16u *src, int srcStep, NoxiSize srcRoi, Nox32f *dst,
                                                      int dstStep, NoxiSize dstRoi, NoxiPoint32f point, NoxiPoint *min,
                                                      NoxiPoint *max);
+/** Patch around a point: single precision, one channel. */
 NOX_API NoxStatus noxiCopySubpixIntersect_32f_C1R(const Nox32f *src, int srcStep, NoxiSize srcRoi, Nox32f *dst,
                                                   int dstStep, NoxiSize dstRoi, NoxiPoint32f point, NoxiPoint *min,
                                                   NoxiPoint *max);
@@ -105,16 +119,22 @@ NOX_API NoxStatus noxiCopySubpixIntersect_32f_C1R(const Nox32f *src, int srcStep
  * noxStsOutOfRange (an end point outside roi).
  * @{
  */
+/** Pixels along a line: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiSampleLine_8u_C1R(const Nox8u *src, int srcStep, NoxiSize roi, Nox8u *dst, NoxiPoint pt1,
                                         NoxiPoint pt2);
+/** Pixels along a line: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiSampleLine_8u_C3R(const Nox8u *src, int srcStep, NoxiSize roi, Nox8u *dst, NoxiPoint pt1,
                                         NoxiPoint pt2);
+/** Pixels along a line: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiSampleLine_16u_C1R(const Nox16u *src, int srcStep, NoxiSize roi, Nox16u *dst, NoxiPoint pt1,
                                          NoxiPoint pt2);
+/** Pixels along a line: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiSampleLine_16u_C3R(const Nox16u *src, int srcStep, NoxiSize roi, Nox16u *dst, NoxiPoint pt1,
                                          NoxiPoint pt2);
+/** Pixels along a line: single precision, one channel. */
 NOX_API NoxStatus noxiSampleLine_32f_C1R(const Nox32f *src, int srcStep, NoxiSize roi, Nox32f *dst, NoxiPoint pt1,
                                          NoxiPoint pt2);
+/** Pixels along a line: single precision, three channels. */
 NOX_API NoxStatus noxiSampleLine_32f_C3R(const Nox32f *src, int srcStep, NoxiSize roi, Nox32f *dst, NoxiPoint pt1,
                                          NoxiPoint pt2);
 /** @} */
@@ -139,21 +159,27 @@ NOX_API NoxStatus noxiSampleLine_32f_C3R(const Nox32f *src, int srcStep, NoxiSiz
  * noxStsBadArgument (fx or fy is 0 or not a number).
  * @{
  */
+/** Picture without radial distortion: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiUndistortRadial_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                              Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                              Nox8u *buffer);
+/** Picture without radial distortion: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiUndistortRadial_16u_C1R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
                                               Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                               Nox8u *buffer);
+/** Picture without radial distortion: single precision, one channel. */
 NOX_API NoxStatus noxiUndistortRadial_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                               Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                               Nox8u *buffer);
+/** Picture without radial distortion: 8-bit unsigned, three channels. */
 NOX_API NoxStatus noxiUndistortRadial_8u_C3R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                              Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                              Nox8u *buffer);
+/** Picture without radial distortion: 16-bit unsigned, three channels. */
 NOX_API NoxStatus noxiUndistortRadial_16u_C3R(const Nox16u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi,
                                               Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                               Nox8u *buffer);
+/** Picture without radial distortion: single precision, three channels. */
 NOX_API NoxStatus noxiUndistortRadial_32f_C3R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                               Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                               Nox8u *buffer);

@@ -12,6 +12,8 @@
  *   the row ends; each thread sums its rows, and the threads' sums are joined in row order.
  * - Large regions are divided among threads. With more than 32 threads the shares need a block of memory:
  *   noxStsNoMemory, with nothing written, when it cannot be had.
+ *
+ * What all functions share (addresses, checks, overlap, threads, floating-point state) is told in frame.h.
  */
 #ifndef NOXCV_STATISTICS_H
 #define NOXCV_STATISTICS_H
@@ -35,52 +37,76 @@ NOX_BEGIN_DECLS
  * integers from 524288.
  * @{
  */
+/** Largest magnitude of src: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNorm_Inf_8u_C1MR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        Nox64f *value);
+/** Largest magnitude of src: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNorm_Inf_8u_C3CMR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         int coi, Nox64f *value);
+/** Largest magnitude of src: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNorm_Inf_8s_C1MR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        Nox64f *value);
+/** Largest magnitude of src: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNorm_Inf_8s_C3CMR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         int coi, Nox64f *value);
+/** Largest magnitude of src: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNorm_Inf_16u_C1MR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         Nox64f *value);
+/** Largest magnitude of src: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNorm_Inf_16u_C3CMR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                          int coi, Nox64f *value);
+/** Largest magnitude of src: single precision, one channel. */
 NOX_API NoxStatus noxiNorm_Inf_32f_C1MR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         Nox64f *value);
+/** Largest magnitude of src: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNorm_Inf_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                          int coi, Nox64f *value);
+/** Sum of magnitudes of src: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNorm_L1_8u_C1MR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                       Nox64f *value);
+/** Sum of magnitudes of src: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L1_8u_C3CMR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        int coi, Nox64f *value);
+/** Sum of magnitudes of src: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNorm_L1_8s_C1MR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                       Nox64f *value);
+/** Sum of magnitudes of src: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L1_8s_C3CMR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        int coi, Nox64f *value);
+/** Sum of magnitudes of src: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNorm_L1_16u_C1MR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        Nox64f *value);
+/** Sum of magnitudes of src: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L1_16u_C3CMR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         int coi, Nox64f *value);
+/** Sum of magnitudes of src: single precision, one channel. */
 NOX_API NoxStatus noxiNorm_L1_32f_C1MR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        Nox64f *value);
+/** Sum of magnitudes of src: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L1_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         int coi, Nox64f *value);
+/** Root of the sum of squares of src: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNorm_L2_8u_C1MR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                       Nox64f *value);
+/** Root of the sum of squares of src: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L2_8u_C3CMR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        int coi, Nox64f *value);
+/** Root of the sum of squares of src: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNorm_L2_8s_C1MR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                       Nox64f *value);
+/** Root of the sum of squares of src: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L2_8s_C3CMR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        int coi, Nox64f *value);
+/** Root of the sum of squares of src: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNorm_L2_16u_C1MR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        Nox64f *value);
+/** Root of the sum of squares of src: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L2_16u_C3CMR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         int coi, Nox64f *value);
+/** Root of the sum of squares of src: single precision, one channel. */
 NOX_API NoxStatus noxiNorm_L2_32f_C1MR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                        Nox64f *value);
+/** Root of the sum of squares of src: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNorm_L2_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                         int coi, Nox64f *value);
 /** @} */
@@ -95,52 +121,76 @@ NOX_API NoxStatus noxiNorm_L2_32f_C3CMR(const Nox32f *src, int srcStep, const No
  * the calling thread.
  * @{
  */
+/** Largest magnitude of src1 - src2: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormDiff_Inf_8u_C1MR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_Inf_8u_C3CMR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Largest magnitude of src1 - src2: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNormDiff_Inf_8s_C1MR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_Inf_8s_C3CMR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Largest magnitude of src1 - src2: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormDiff_Inf_16u_C1MR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_Inf_16u_C3CMR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                              const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Largest magnitude of src1 - src2: single precision, one channel. */
 NOX_API NoxStatus noxiNormDiff_Inf_32f_C1MR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_Inf_32f_C3CMR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                              const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormDiff_L1_8u_C1MR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L1_8u_C3CMR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNormDiff_L1_8s_C1MR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L1_8s_C3CMR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormDiff_L1_16u_C1MR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L1_16u_C3CMR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: single precision, one channel. */
 NOX_API NoxStatus noxiNormDiff_L1_32f_C1MR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L1_32f_C3CMR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormDiff_L2_8u_C1MR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L2_8u_C3CMR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNormDiff_L2_8s_C1MR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L2_8s_C3CMR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormDiff_L2_16u_C1MR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L2_16u_C3CMR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: single precision, one channel. */
 NOX_API NoxStatus noxiNormDiff_L2_32f_C1MR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNormDiff_L2_32f_C3CMR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
 /** @} */
@@ -157,52 +207,76 @@ NOX_API NoxStatus noxiNormDiff_L2_32f_C3CMR(const Nox32f *src1, int src1Step, co
  * thread on; the 32f members of L1 and L2 and the 8u C1 member of L1 run on the calling thread.
  * @{
  */
+/** Largest magnitude of src1 - src2 over that of src2: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormRel_Inf_8u_C1MR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2 over that of src2: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_Inf_8u_C3CMR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Largest magnitude of src1 - src2 over that of src2: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNormRel_Inf_8s_C1MR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2 over that of src2: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_Inf_8s_C3CMR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Largest magnitude of src1 - src2 over that of src2: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormRel_Inf_16u_C1MR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2 over that of src2: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_Inf_16u_C3CMR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Largest magnitude of src1 - src2 over that of src2: single precision, one channel. */
 NOX_API NoxStatus noxiNormRel_Inf_32f_C1MR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Largest magnitude of src1 - src2 over that of src2: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_Inf_32f_C3CMR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                             const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormRel_L1_8u_C1MR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                          const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L1_8u_C3CMR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNormRel_L1_8s_C1MR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                          const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L1_8s_C3CMR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormRel_L1_16u_C1MR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L1_16u_C3CMR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: single precision, one channel. */
 NOX_API NoxStatus noxiNormRel_L1_32f_C1MR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Sum of magnitudes of src1 - src2 over that of src2: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L1_32f_C3CMR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormRel_L2_8u_C1MR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                          const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L2_8u_C3CMR(const Nox8u *src1, int src1Step, const Nox8u *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiNormRel_L2_8s_C1MR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                          const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L2_8s_C3CMR(const Nox8s *src1, int src1Step, const Nox8s *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiNormRel_L2_16u_C1MR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L2_16u_C3CMR(const Nox16u *src1, int src1Step, const Nox16u *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: single precision, one channel. */
 NOX_API NoxStatus noxiNormRel_L2_32f_C1MR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                           const Nox8u *mask, int maskStep, NoxiSize roi, Nox64f *value);
+/** Root of the sum of squares of src1 - src2 over that of src2: single precision, channel coi of three. */
 NOX_API NoxStatus noxiNormRel_L2_32f_C3CMR(const Nox32f *src1, int src1Step, const Nox32f *src2, int src2Step,
                                            const Nox8u *mask, int maskStep, NoxiSize roi, int coi, Nox64f *value);
 /** @} */
@@ -215,20 +289,28 @@ NOX_API NoxStatus noxiNormRel_L2_32f_C3CMR(const Nox32f *src1, int src1Step, con
  * noxStsBadChannelOfInterest, noxStsNoMemory. Threads: from 131072 pixels a thread on.
  * @{
  */
+/** Mean: 8-bit unsigned, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_8u_C1MR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                    Nox64f *mean);
+/** Mean: 8-bit unsigned, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_8u_C3CMR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                     int coi, Nox64f *mean);
+/** Mean: 8-bit signed, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_8s_C1MR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                    Nox64f *mean);
+/** Mean: 8-bit signed, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_8s_C3CMR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                     int coi, Nox64f *mean);
+/** Mean: 16-bit unsigned, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_16u_C1MR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                     Nox64f *mean);
+/** Mean: 16-bit unsigned, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_16u_C3CMR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                      int coi, Nox64f *mean);
+/** Mean: single precision, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_32f_C1MR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                     Nox64f *mean);
+/** Mean: single precision, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                      int coi, Nox64f *mean);
 /** @} */
@@ -246,32 +328,48 @@ NOX_API NoxStatus noxiMean_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u
  * 65536, noxiMean_StdDev_32f_C3CR never.
  * @{
  */
+/** Mean and deviation: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiMean_StdDev_8u_C1R(const Nox8u *src, int srcStep, NoxiSize roi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiMean_StdDev_8u_C3CR(const Nox8u *src, int srcStep, NoxiSize roi, int coi, Nox64f *mean,
                                           Nox64f *stdDev);
+/** Mean and deviation: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiMean_StdDev_8s_C1R(const Nox8s *src, int srcStep, NoxiSize roi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiMean_StdDev_8s_C3CR(const Nox8s *src, int srcStep, NoxiSize roi, int coi, Nox64f *mean,
                                           Nox64f *stdDev);
+/** Mean and deviation: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiMean_StdDev_16u_C1R(const Nox16u *src, int srcStep, NoxiSize roi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiMean_StdDev_16u_C3CR(const Nox16u *src, int srcStep, NoxiSize roi, int coi, Nox64f *mean,
                                            Nox64f *stdDev);
+/** Mean and deviation: single precision, one channel. */
 NOX_API NoxStatus noxiMean_StdDev_32f_C1R(const Nox32f *src, int srcStep, NoxiSize roi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: single precision, channel coi of three. */
 NOX_API NoxStatus noxiMean_StdDev_32f_C3CR(const Nox32f *src, int srcStep, NoxiSize roi, int coi, Nox64f *mean,
                                            Nox64f *stdDev);
+/** Mean and deviation: 8-bit unsigned, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_8u_C1MR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                           Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 8-bit unsigned, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_8u_C3CMR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                            int coi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 8-bit signed, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_8s_C1MR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                           Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 8-bit signed, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_8s_C3CMR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                            int coi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 16-bit unsigned, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_16u_C1MR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep,
                                            NoxiSize roi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: 16-bit unsigned, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_16u_C3CMR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep,
                                             NoxiSize roi, int coi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: single precision, one channel, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_32f_C1MR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep,
                                            NoxiSize roi, Nox64f *mean, Nox64f *stdDev);
+/** Mean and deviation: single precision, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMean_StdDev_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep,
                                             NoxiSize roi, int coi, Nox64f *mean, Nox64f *stdDev);
 /** @} */
@@ -288,39 +386,55 @@ NOX_API NoxStatus noxiMean_StdDev_32f_C3CMR(const Nox32f *src, int srcStep, cons
  * noxStsBadChannelOfInterest, noxStsNoMemory. Threads: from 16384 pixels on.
  * @{
  */
+/** Extremes and where they are: 8-bit unsigned, one channel. */
 NOX_API NoxStatus noxiMinMaxIndx_8u_C1R(const Nox8u *src, int srcStep, NoxiSize roi, Nox32f *minValue, Nox32f *maxValue,
                                         NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 8-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiMinMaxIndx_8u_C3CR(const Nox8u *src, int srcStep, NoxiSize roi, int coi, Nox32f *minValue,
                                          Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 8-bit signed, one channel. */
 NOX_API NoxStatus noxiMinMaxIndx_8s_C1R(const Nox8s *src, int srcStep, NoxiSize roi, Nox32f *minValue, Nox32f *maxValue,
                                         NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 8-bit signed, channel coi of three. */
 NOX_API NoxStatus noxiMinMaxIndx_8s_C3CR(const Nox8s *src, int srcStep, NoxiSize roi, int coi, Nox32f *minValue,
                                          Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 16-bit unsigned, one channel. */
 NOX_API NoxStatus noxiMinMaxIndx_16u_C1R(const Nox16u *src, int srcStep, NoxiSize roi, Nox32f *minValue,
                                          Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 16-bit unsigned, channel coi of three. */
 NOX_API NoxStatus noxiMinMaxIndx_16u_C3CR(const Nox16u *src, int srcStep, NoxiSize roi, int coi, Nox32f *minValue,
                                           Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: single precision, one channel. */
 NOX_API NoxStatus noxiMinMaxIndx_32f_C1R(const Nox32f *src, int srcStep, NoxiSize roi, Nox32f *minValue,
                                          Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: single precision, channel coi of three. */
 NOX_API NoxStatus noxiMinMaxIndx_32f_C3CR(const Nox32f *src, int srcStep, NoxiSize roi, int coi, Nox32f *minValue,
                                           Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 8-bit unsigned, one channel, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_8u_C1MR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                          Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 8-bit unsigned, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_8u_C3CMR(const Nox8u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                           int coi, Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex,
                                           NoxiPoint *maxIndex);
+/** Extremes and where they are: 8-bit signed, one channel, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_8s_C1MR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                          Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 8-bit signed, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_8s_C3CMR(const Nox8s *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                           int coi, Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex,
                                           NoxiPoint *maxIndex);
+/** Extremes and where they are: 16-bit unsigned, one channel, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_16u_C1MR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                           Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: 16-bit unsigned, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_16u_C3CMR(const Nox16u *src, int srcStep, const Nox8u *mask, int maskStep,
                                            NoxiSize roi, int coi, Nox32f *minValue, Nox32f *maxValue,
                                            NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: single precision, one channel, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_32f_C1MR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,
                                           Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex);
+/** Extremes and where they are: single precision, channel coi of three, under a mask. */
 NOX_API NoxStatus noxiMinMaxIndx_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u *mask, int maskStep,
                                            NoxiSize roi, int coi, Nox32f *minValue, Nox32f *maxValue,
                                            NoxiPoint *minIndex, NoxiPoint *maxIndex);

@@ -7,7 +7,7 @@
 #include "support/image.h"
 #include "support/masks.h"
 
-using reference::Term;
+using reference::accumulate::Term;
 using test::Image;
 
 namespace {
@@ -68,8 +68,9 @@ template <class T>
 ::testing::AssertionResult equalsReference(const Member<T> &member, const Image<T> &a, const Image<T> &b,
                                            const Image<Nox8u> &mask, const Image<Nox32f> &d, Nox32f alpha) {
     Image<Nox32f> actual(d), expected(d);
-    reference::accumulate(member.term, a.data(), a.step(), b.data(), b.step(), member.masked ? mask.data() : nullptr,
-                          mask.step(), expected.data(), expected.step(), d.roi(), alpha);
+    reference::accumulate::accumulate(member.term, a.data(), a.step(), b.data(), b.step(),
+                                      member.masked ? mask.data() : nullptr, mask.step(), expected.data(),
+                                      expected.step(), d.roi(), alpha);
     const NoxStatus status = member.call(a.data(), a.step(), b.data(), b.step(), mask.data(), mask.step(),
                                          actual.data(), actual.step(), d.roi(), alpha);
     if (status != noxStsNoError)
@@ -120,8 +121,8 @@ TYPED_TEST(Accumulate, TakesAnyAddress) {
                 mask.data()[i] = random() % 2 == 0 ? 0 : 9;
             const auto *a = reinterpret_cast<const T *>(source.data() + offset);
             const Nox8u *on = mask.data() + offset;
-            reference::accumulate(member.term, a, step, a, step, member.masked ? on : nullptr, 64,
-                                  reinterpret_cast<Nox32f *>(expected.data() + offset), 256, size, 0.5F);
+            reference::accumulate::accumulate(member.term, a, step, a, step, member.masked ? on : nullptr, 64,
+                                              reinterpret_cast<Nox32f *>(expected.data() + offset), 256, size, 0.5F);
             member.call(a, step, a, step, on, 64, reinterpret_cast<Nox32f *>(d.data() + offset), 256, size, 0.5F);
             ASSERT_EQ(std::memcmp(d.data(), expected.data(), d.size()), 0) << member.name << " at offset " << offset;
         }
@@ -203,9 +204,9 @@ TEST(Accumulate32f, SourceMayBeTheAccumulator) {
         Image<Nox32f> d(67, 3);
         test::randomize(d, random);
         Image<Nox32f> source(d), expected(d);
-        reference::accumulate(member.term, source.data(), source.step(), source.data(), source.step(),
-                              member.masked ? mask.data() : nullptr, mask.step(), expected.data(), expected.step(),
-                              d.roi(), 0.5F);
+        reference::accumulate::accumulate(member.term, source.data(), source.step(), source.data(), source.step(),
+                                          member.masked ? mask.data() : nullptr, mask.step(), expected.data(),
+                                          expected.step(), d.roi(), 0.5F);
         member.call(d.data(), d.step(), d.data(), d.step(), mask.data(), mask.step(), d.data(), d.step(), d.roi(),
                     0.5F);
         EXPECT_TRUE(test::sameImage(d, expected)) << member.name;

@@ -26,7 +26,7 @@ TEST(FastArctan, EqualsReferenceForEveryLength) {
         }
         ASSERT_EQ(noxibFastArctan_32f(y, x, d, length), noxStsNoError);
         for (int i = 0; i < length; ++i)
-            ASSERT_TRUE(test::sameElement(d[i], reference::arctan(y[i], x[i]))) << y[i] << ", " << x[i];
+            ASSERT_TRUE(test::sameElement(d[i], reference::accumulate::arctan(y[i], x[i]))) << y[i] << ", " << x[i];
         ASSERT_EQ(noxibFastArctan_32f(y, x, y, length), noxStsNoError);
         for (int i = 0; i < length; ++i)
             ASSERT_TRUE(test::sameElement(d[i], y[i])) << "in place";

@@ -39,7 +39,7 @@ TYPED_TEST(AbsDiff, EqualsReferenceOnAllSizes) {
                 actual(size.width, size.height, 1, padding), expected(actual);
             test::randomize(a, random);
             test::randomize(b, random);
-            reference::absDiff(a.data(), a.step(), b.data(), b.step(), expected.data(), expected.step(), size);
+            reference::absdiff::absDiff(a.data(), a.step(), b.data(), b.step(), expected.data(), expected.step(), size);
             ASSERT_EQ(Member<T>::absDiff(a.data(), a.step(), b.data(), b.step(), actual.data(), actual.step(), size),
                       noxStsNoError);
             ASSERT_TRUE(test::sameImage(actual, expected));
@@ -53,7 +53,7 @@ TYPED_TEST(AbsDiff, ConstantFormEqualsReference) {
         Image<T> a(size.width, size.height), actual(size.width, size.height, 1, sizeof(T)), expected(actual);
         test::randomize(a, random);
         const T value = test::randomElement<T>(random);
-        expected.generate([&](int x, int y, int) { return reference::absDiff(a.at(x, y), value); });
+        expected.generate([&](int x, int y, int) { return reference::absdiff::absDiff<T>(a.at(x, y), value); });
         ASSERT_EQ(Member<T>::absDiffC(a.data(), a.step(), actual.data(), actual.step(), size, value), noxStsNoError);
         ASSERT_TRUE(test::sameImage(actual, expected));
     }
@@ -65,7 +65,7 @@ TYPED_TEST(AbsDiff, WorksInPlace) {
     Image<T> a(67, 5), b(67, 5), expected(67, 5);
     test::randomize(a, random);
     test::randomize(b, random);
-    reference::absDiff(a.data(), a.step(), b.data(), b.step(), expected.data(), expected.step(), a.roi());
+    reference::absdiff::absDiff(a.data(), a.step(), b.data(), b.step(), expected.data(), expected.step(), a.roi());
     Member<T>::absDiff(a.data(), a.step(), b.data(), b.step(), a.data(), a.step(), a.roi());
     EXPECT_TRUE(test::sameImage(a, expected));
 }
@@ -146,7 +146,7 @@ TEST(AbsDiffKernel, TakesTheEntrysArguments) {
     test::Random random(4);
     test::randomize(a, random);
     test::randomize(b, random);
-    reference::absDiff(a.data(), a.step(), b.data(), b.step(), expected.data(), expected.step(), a.roi());
+    reference::absdiff::absDiff(a.data(), a.step(), b.data(), b.step(), expected.data(), expected.step(), a.roi());
     ownAbsDiff_8u_C1R_A6(a.data(), a.step(), b.data(), b.step(), actual.data(), actual.step(), 37, 3);
     EXPECT_TRUE(test::sameImage(actual, expected));
 }

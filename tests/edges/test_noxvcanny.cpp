@@ -38,7 +38,8 @@ void expectReference(const Image<T> &dx, const Image<T> &dy, float low, float hi
     actual.fill(7);
     const test::ShiftedBuffer buffer(bufferSize(roi), misalignment);
     ASSERT_EQ(detect(dx, dy, actual, low, high, buffer.data()), noxStsNoError);
-    reference::canny(dx.data(), dx.step(), dy.data(), dy.step(), expected.data(), expected.step(), roi, low, high);
+    reference::canny::canny(dx.data(), dx.step(), dy.data(), dy.step(), expected.data(), expected.step(), roi, low,
+                            high);
     ASSERT_TRUE(buffer.intact());
     ASSERT_TRUE(test::sameImage(actual, expected)) << low << " " << high;
 }

@@ -35,7 +35,7 @@ TYPED_TEST(ColorGradient, EqualsReferenceOnAllSizes) {
                 Image<T> actual(size.width, size.height, 1, padding), expected(size.width, size.height, 1, padding);
                 test::randomize(src, random);
                 expected.generate([&](int x, int y, int) {
-                    return reference::colorToGray(src.at(x, y, 0), src.at(x, y, 1), src.at(x, y, 2), norm);
+                    return reference::canny::colorToGray(src.at(x, y, 0), src.at(x, y, 1), src.at(x, y, 2), norm);
                 });
                 ASSERT_EQ(toGray(src.data(), src.step(), actual.data(), actual.step(), size, norm), noxStsNoError);
                 ASSERT_TRUE(test::sameImage(actual, expected)) << "norm " << norm;
@@ -82,7 +82,7 @@ TEST(ColorGradient8uFull, EverySumOfSquares) {
         toGray(src.data(), src.step(), dst.data(), dst.step(), dst.roi(), 2);
         for (int y = 0; y < 256; ++y)
             for (int x = 0; x < 256; ++x)
-                ASSERT_EQ(dst.at(x, y), reference::colorToGray(Nox8u(a), Nox8u(x), Nox8u(y), 2));
+                ASSERT_EQ(dst.at(x, y), reference::canny::colorToGray(Nox8u(a), Nox8u(x), Nox8u(y), 2));
     }
 }
 
@@ -99,7 +99,7 @@ TEST(ColorGradient16uFull, RootsNextToHalfIntegers) {
             src.at(0, 0, 1) = b;
             src.at(0, 0, 2) = static_cast<Nox16u>(c);
             toGray(src.data(), src.step(), dst.data(), dst.step(), dst.roi(), 2);
-            ASSERT_EQ(dst.at(0, 0), reference::colorToGray(a, b, Nox16u(c), 2)) << a << " " << b << " " << c;
+            ASSERT_EQ(dst.at(0, 0), reference::canny::colorToGray(a, b, Nox16u(c), 2)) << a << " " << b << " " << c;
         }
     }
 }

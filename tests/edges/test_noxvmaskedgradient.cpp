@@ -7,7 +7,7 @@
 #include "reference/maskedgradient.h"
 #include "support/image.h"
 
-using reference::GradientForm;
+using reference::maskedgradient::GradientForm;
 using test::Image;
 
 namespace {
@@ -96,7 +96,7 @@ TYPED_TEST(MaskedGradient, RepairEqualsReference) {
             for (int y = 0; y < size.height; ++y)
                 for (int x = 0; x < size.width; ++x)
                     for (int c = 0; c < channels && scene.mask.at(x, y) != 0; ++c) {
-                        Nox16s &gx = expected.at(x, y, 2 * c), &gy = expected.at(x, y, 2 * c + 1);
+                        const auto gx = expected.at(x, y, 2 * c), gy = expected.at(x, y, 2 * c + 1);
                         gx = Nox16s(repairedComponent(form, scene.rowSamples(y, c), scene.rowBlocked(y), x, size.width,
                                                       true, gx));
                         gy = Nox16s(repairedComponent(form, scene.columnSamples(x, c), scene.columnBlocked(x), y,

@@ -10,7 +10,7 @@
 #include "support/rowset.h"
 #include "support/threads.h"
 
-using reference::Filter;
+using reference::filterborder::Filter;
 using test::Buffer;
 using test::Image;
 
@@ -113,14 +113,16 @@ void runReference(const Form<T, Out> &form, int size, const Image<T> &src, const
                   int divisor) {
     const NoxiSize roi = src.roi();
     if constexpr (std::is_same_v<Out, Nox16s>)
-        reference::filter8u16s(form.filter, size, src.data(), src.step(), dst.data(), dst.step(), roi, border, value);
+        reference::filterborder::filter8u16s(form.filter, size, src.data(), src.step(), dst.data(), dst.step(), roi,
+                                             border, value);
     else if constexpr (std::is_same_v<Out, Nox8s>)
-        reference::filter8u8s(form.filter, size, src.data(), src.step(), dst.data(), dst.step(), roi, border, value,
-                              divisor);
+        reference::filterborder::filter8u8s(form.filter, size, src.data(), src.step(), dst.data(), dst.step(), roi,
+                                            border, value, divisor);
     else if constexpr (std::is_same_v<Out, Nox8u>)
-        reference::lowpass8u(size, src.data(), src.step(), dst.data(), dst.step(), roi, border, value);
+        reference::filterborder::lowpass8u(size, src.data(), src.step(), dst.data(), dst.step(), roi, border, value);
     else
-        reference::filter32f(form.filter, size, src.data(), src.step(), dst.data(), dst.step(), roi, border, value);
+        reference::filterborder::filter32f(form.filter, size, src.data(), src.step(), dst.data(), dst.step(), roi,
+                                           border, value);
 }
 
 template <class T, class Out>
@@ -376,20 +378,21 @@ TEST(FilterConvolution, RunsAnyPairOfKernels) {
     // Rows Dx, columns Sobel: minus the vertical Sobel filter.
     ownFilterConvolution_8u16s_C1R(src.data(), src.step(), actual.data(), actual.step(), 45, 12, dx, 3, sobel, 3, 4, 0,
                                    buffer.data(), 0, 2);
-    reference::filter8u16s(Filter::sobelNegVert, 3, src.data(), src.step(), expected.data(), expected.step(), {45, 12},
-                           4, 0);
+    reference::filterborder::filter8u16s(Filter::sobelNegVert, 3, src.data(), src.step(), expected.data(),
+                                         expected.step(), {45, 12}, 4, 0);
     EXPECT_TRUE(test::sameImage(actual, expected));
     Image<Nox8s> narrow(45, 12), narrowExpected(45, 12);
     ownFilterConvolution_8u8s_C1R(src.data(), src.step(), narrow.data(), narrow.step(), 45, 12, dx, 3, sobel, 3, 4, 0,
                                   buffer.data(), 0, 2, 41);
-    reference::filter8u8s(Filter::sobelNegVert, 3, src.data(), src.step(), narrowExpected.data(), narrowExpected.step(),
-                          {45, 12}, 4, 0, 41);
+    reference::filterborder::filter8u8s(Filter::sobelNegVert, 3, src.data(), src.step(), narrowExpected.data(),
+                                        narrowExpected.step(), {45, 12}, 4, 0, 41);
     EXPECT_TRUE(test::sameImage(narrow, narrowExpected));
     Image<Nox8u> mean(45, 12), meanExpected(45, 12);
     const Nox16s ones[] = {1, 1, 1};
     ownFilterConvolution_8u_C1R(src.data(), src.step(), mean.data(), mean.step(), 45, 12, ones, 3, ones, 3, 0, 31,
                                 buffer.data(), 8, 0, 1);
-    reference::lowpass8u(3, src.data(), src.step(), meanExpected.data(), meanExpected.step(), {45, 12}, 0, 31);
+    reference::filterborder::lowpass8u(3, src.data(), src.step(), meanExpected.data(), meanExpected.step(), {45, 12}, 0,
+                                       31);
     EXPECT_TRUE(test::sameImage(mean, meanExpected));
     Image<Nox32f> wide(45, 12), wideActual(45, 12), wideExpected(45, 12);
     test::randomize(wide, random);
@@ -397,8 +400,8 @@ TEST(FilterConvolution, RunsAnyPairOfKernels) {
     const Nox32f dx32f[] = {-1, 0, 1}, sobel32f[] = {1, 2, 1};
     ownFilterConvolution_32f_C1R(wide.data(), wide.step(), wideActual.data(), wideActual.step(), 45, 12, dx32f, 3,
                                  sobel32f, 3, 2, 0, wideBuffer.data(), 0, 2);
-    reference::filter32f(Filter::sobelNegVert, 3, wide.data(), wide.step(), wideExpected.data(), wideExpected.step(),
-                         {45, 12}, 2, 0);
+    reference::filterborder::filter32f(Filter::sobelNegVert, 3, wide.data(), wide.step(), wideExpected.data(),
+                                       wideExpected.step(), {45, 12}, 2, 0);
     EXPECT_TRUE(test::sameImage(test::unsignZeros(wideActual), test::unsignZeros(wideExpected)));
 }
 

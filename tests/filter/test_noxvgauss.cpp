@@ -51,7 +51,7 @@ testing::AssertionResult agrees(const Image<Nox32f> &src, int kernelSize, Nox32f
     Image<Nox32f> actual(src.width(), src.height(), 1, padding), expected(actual);
     const Buffer buffer(std::size_t(bufferSize(src.roi(), kernelSize) + slack));
     const auto taps = expectedTaps(kernelSize, sigma, buffer.data());
-    reference::gauss(src.data(), src.step(), expected.data(), expected.step(), src.roi(), taps);
+    reference::gauss::gauss(src.data(), src.step(), expected.data(), expected.step(), src.roi(), taps);
     const NoxStatus status = noxiFilterGaussBorder_32f_C1R(src.data(), src.step(), actual.data(), actual.step(),
                                                            src.roi(), kernelSize, sigma, 0, 1e9F, buffer.data());
     if (status != noxStsNoError)
@@ -126,7 +126,7 @@ TEST(Gauss, HalvesStandAlone) {
                           reinterpret_cast<Nox32f *>(row.data()));
         ownColConvolution(actual.data(), actual.step(), size.width, size.height, taps.data(), 5,
                           reinterpret_cast<Nox32f *>(column.data()));
-        reference::gauss(src.data(), src.step(), expected.data(), expected.step(), size, taps);
+        reference::gauss::gauss(src.data(), src.step(), expected.data(), expected.step(), size, taps);
         EXPECT_TRUE(test::sameImage(actual, expected));
     }
 }

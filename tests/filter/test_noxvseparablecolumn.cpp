@@ -13,8 +13,8 @@ using test::Image;
 
 namespace {
 
-using Wrapping = reference::WrappingSum;
-using Extended = reference::ExtendedSum;
+using Wrapping = reference::separable::WrappingSum;
+using Extended = reference::separable::ExtendedSum;
 
 // Each member: types, channels, the library's calls and the reference's arithmetic.
 template <class OutType, class Store>
@@ -28,8 +28,8 @@ struct Divided {
     static Store store(int divisor) { return Store(divisor); }
 };
 template <class Out>
-using Clamped = Divided<Out, reference::ClampedQuotient<Out>>;
-struct Low : Divided<Nox16s, reference::LowQuotient> {
+using Clamped = Divided<Out, reference::separable::ClampedQuotient<Out>>;
+struct Low : Divided<Nox16s, reference::separable::LowQuotient> {
     using Sum = Wrapping;
     static constexpr int perTap = 0;
 };
@@ -40,7 +40,7 @@ struct Single {
     using Sum = Extended;
     static constexpr int perTap = 0, rest = 0;
     static constexpr bool divides = false;
-    static reference::Rounded store(int) { return {}; }
+    static reference::separable::Rounded store(int) { return {}; }
 };
 
 #define MEMBER(NAME, BASE, TAG, CHANNELS)                                                                              \
@@ -108,8 +108,9 @@ testing::AssertionResult agrees(const Image<typename M::Pixel> &src, const std::
         invoke<M>(rows.data(), actual.data(), actual.step(), roi, kernel.data(), kernelSize, divisor, buffer.data());
     if (status != noxStsNoError)
         return testing::AssertionFailure() << "status " << status;
-    reference::filterColumns<typename M::Sum>(rows.data(), expected.data(), expected.step(), roi.width * M::channels,
-                                              roi.height, kernel.data(), kernelSize, M::store(divisor));
+    reference::separable::filterColumns<typename M::Sum>(rows.data(), expected.data(), expected.step(),
+                                                         roi.width * M::channels, roi.height, kernel.data(), kernelSize,
+                                                         M::store(divisor));
     return test::sameImage(test::unsignZeros(actual), test::unsignZeros(expected))
            << " kernelSize " << kernelSize << " divisor " << divisor;
 }
@@ -215,8 +216,8 @@ TYPED_TEST(ColumnPipeline, MillionsOfTaps) {
             ASSERT_EQ(
                 M::call(rows.data(), actual, sizeof actual, {9, 1}, taps.data(), kernelSize, divisor, buffer.data()),
                 noxStsNoError);
-            reference::filterColumns<typename M::Sum>(rows.data(), expected, sizeof expected, 9, 1, taps.data(),
-                                                      kernelSize, M::store(divisor));
+            reference::separable::filterColumns<typename M::Sum>(rows.data(), expected, sizeof expected, 9, 1,
+                                                                 taps.data(), kernelSize, M::store(divisor));
             for (int i = 0; i < 9; ++i)
                 ASSERT_EQ(actual[i], expected[i]) << i << " divisor " << divisor;
         }
@@ -274,8 +275,9 @@ void compareAwkward(int rounds) {
                 noxiFilterRowBorderPipeline_32f_C1R(src.data(), src.step(), out, line, taps.data(), kernelSize,
                                                     kernelSize / 2, 3, 0, buffer.data());
                 const Nox32f zero = 0;
-                reference::filterRows<Extended>(src.data(), src.step(), expectedOut, line, 1, taps.data(), kernelSize,
-                                                kernelSize / 2, 3, &zero, reference::Rounded());
+                reference::separable::filterRows<Extended>(src.data(), src.step(), expectedOut, line, 1, taps.data(),
+                                                           kernelSize, kernelSize / 2, 3, &zero,
+                                                           reference::separable::Rounded());
                 ASSERT_TRUE(test::sameImage(test::unsignZeros(actual), test::unsignZeros(expected)));
             }
 }

@@ -20,8 +20,8 @@ struct Setting {
 template <class TypeParam>
 class RowPipeline : public ::testing::Test {};
 
-using Wrapping = reference::WrappingSum;
-using Extended = reference::ExtendedSum;
+using Wrapping = reference::separable::WrappingSum;
+using Extended = reference::separable::ExtendedSum;
 
 // Each member: types, channels, the library's calls and the reference's arithmetic.
 struct Row8uC1 {
@@ -34,7 +34,8 @@ struct Row8uC1 {
     static constexpr auto size = noxiFilterRowBorderPipelineGetBufferSize_8u16s_C1R;
     template <class... A>
     static void reference(int divisor, int, const Nox16s *kernel, int kernelSize, A &&...run) {
-        (run.template operator()<Wrapping>(kernel, kernelSize, reference::ClampedQuotient<Nox16s>(divisor)), ...);
+        (run.template operator()<Wrapping>(kernel, kernelSize, reference::separable::ClampedQuotient<Nox16s>(divisor)),
+         ...);
     }
 };
 struct Row8uC3 : Row8uC1 {
@@ -49,7 +50,8 @@ struct Row16sC3 : Row8uC1 {
     static constexpr auto size = noxiFilterRowBorderPipelineGetBufferSize_16s_C3R;
     template <class... A>
     static void reference(int divisor, int, const Nox16s *kernel, int kernelSize, A &&...run) {
-        (run.template operator()<Extended>(kernel, kernelSize, reference::ClampedQuotient<Nox16s>(divisor)), ...);
+        (run.template operator()<Extended>(kernel, kernelSize, reference::separable::ClampedQuotient<Nox16s>(divisor)),
+         ...);
     }
 };
 struct Row16sC1 : Row16sC3 {
@@ -60,8 +62,8 @@ struct Row16sC1 : Row16sC3 {
     static void reference(int divisor, int size, const Nox16s *kernel, int kernelSize, Run &&run) {
         if (size == 3 || size == 5)
             return Row16sC3::reference(divisor, size, kernel, kernelSize, run);
-        const auto taps = reference::foldedTaps(kernel, kernelSize, divisor);
-        run.template operator()<Extended>(taps.data(), kernelSize, reference::ClampedQuotient<Nox16s>(1));
+        const auto taps = reference::separable::foldedTaps(kernel, kernelSize, divisor);
+        run.template operator()<Extended>(taps.data(), kernelSize, reference::separable::ClampedQuotient<Nox16s>(1));
     }
 };
 struct RowLowC3 : Row16sC3 {
@@ -70,7 +72,7 @@ struct RowLowC3 : Row16sC3 {
     static constexpr auto size = noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R;
     template <class Run>
     static void reference(int divisor, int, const Nox16s *kernel, int kernelSize, Run &&run) {
-        run.template operator()<Wrapping>(kernel, kernelSize, reference::LowProduct(divisor));
+        run.template operator()<Wrapping>(kernel, kernelSize, reference::separable::LowProduct(divisor));
     }
 };
 struct RowLowC1 : RowLowC3 {
@@ -81,7 +83,7 @@ struct RowLowC1 : RowLowC3 {
     static void reference(int divisor, int size, const Nox16s *kernel, int kernelSize, Run &&run) {
         if (size != 5)
             return RowLowC3::reference(divisor, size, kernel, kernelSize, run);
-        run.template operator()<Wrapping>(kernel, kernelSize, reference::LowQuotient(divisor));
+        run.template operator()<Wrapping>(kernel, kernelSize, reference::separable::LowQuotient(divisor));
     }
 };
 struct Row32fC1 {
@@ -94,7 +96,7 @@ struct Row32fC1 {
     static constexpr auto size = noxiFilterRowBorderPipelineGetBufferSize_32f_C1R;
     template <class Run>
     static void reference(int, int, const Nox32f *kernel, int kernelSize, Run &&run) {
-        run.template operator()<Extended>(kernel, kernelSize, reference::Rounded());
+        run.template operator()<Extended>(kernel, kernelSize, reference::separable::Rounded());
     }
 };
 struct Row32fC3 : Row32fC1 {
@@ -149,8 +151,9 @@ testing::AssertionResult agrees(const Image<typename M::Pixel> &src, const Setti
         return testing::AssertionFailure() << "status " << status;
     M::reference(s.divisor, s.kernelSize, kernel.data(), s.kernelSize,
                  [&]<class Sum>(const auto *taps, int tapCount, auto store) {
-                     reference::filterRows<Sum>(src.data(), src.step(), expectedRows.data(), s.size, M::channels, taps,
-                                                tapCount, s.anchor, s.borderType, value, store);
+                     reference::separable::filterRows<Sum>(src.data(), src.step(), expectedRows.data(), s.size,
+                                                           M::channels, taps, tapCount, s.anchor, s.borderType, value,
+                                                           store);
                  });
     return test::sameImage(test::unsignZeros(actual), test::unsignZeros(expected))
            << " kernelSize " << s.kernelSize << " anchor " << s.anchor << " border " << s.borderType << " divisor "

@@ -1,4 +1,5 @@
 // A program that brings its own core library: these definitions stand in for the companion's.
+#include <limits>
 #include <vector>
 
 #include "frame/owncvomp.h"
@@ -62,6 +63,36 @@ TEST(ReplacedCore, OddAnswersLoseNoRows) {
             EXPECT_EQ(rows, std::vector<int>(20, 1)) << team << " " << threads;
         }
     threads_omp_of_n_nox = 2;
+    threadsAnswer = 7;
+}
+
+/// Sizes of buffers for whatever the core library answers.
+std::vector<int> bufferSizes() {
+    std::vector<int> sizes(5);
+    noxiFilterSobelHorizGetBufferSize_8u16s_C1R({300, 200}, noxMskSize5x5, &sizes[0]);
+    noxiFilterLaplacianGetBufferSize_8u8s_C1R({300, 200}, noxMskSize5x5, &sizes[1]);
+    noxiFilterRowBorderPipelineGetBufferSize_32f_C1R({300, 200}, 7, &sizes[2]);
+    noxiFilterColumnPipelineGetBufferSize_16s_C1R({300, 200}, 7, &sizes[3]);
+    noxiFilterColumnPipelineGetBufferSize_32f_C1R({300, 200}, 7, &sizes[4]);
+    return sizes;
+}
+
+TEST(ReplacedCore, CountsBelowOneAreServedAsOneByQueries) {
+    threadsAnswer = 1;
+    const std::vector<int> one = bufferSizes();
+    for (const int size : one)
+        EXPECT_GT(size, 0);
+    for (const int answer : {0, -1, std::numeric_limits<int>::min()}) {
+        threadsAnswer = answer;
+        EXPECT_EQ(bufferSizes(), one) << answer;
+    }
+    threadsAnswer = std::numeric_limits<int>::max();
+    int size = 77;
+    EXPECT_EQ(noxiFilterSobelHorizGetBufferSize_8u16s_C1R({300, 200}, noxMskSize5x5, &size), noxStsBadSize);
+    EXPECT_EQ(size, 77);
+    NoxiOptFlowPyrLKState *state = nullptr;
+    EXPECT_EQ(noxiOpticalFlowPyrLKInitAlloc_8u_C1R(&state, {300, 200}, 15, 0), noxStsNoMemory);
+    EXPECT_EQ(state, nullptr);
     threadsAnswer = 7;
 }
 

@@ -135,9 +135,9 @@ template <class M>
                                       job.threshold, const_cast<NoxiOptFlowPyrLKState *>(state));
     if (status != noxStsNoError)
         return ::testing::AssertionFailure() << "status " << status;
-    reference::opticalFlow<typename M::Element>(first, second, prev.data(), expected.next.data(),
-                                                expected.status.data(), expected.error.data(), int(prev.size()),
-                                                job.winSize, job.maxLevel, job.maxIter, job.threshold, job.roi);
+    reference::opticalflow::opticalFlow<typename M::Element>(
+        first, second, prev.data(), expected.next.data(), expected.status.data(), expected.error.data(),
+        int(prev.size()), job.winSize, job.maxLevel, job.maxIter, job.threshold, job.roi);
     if (out != nullptr)
         *out = actual;
     return sameResult(actual, expected);
@@ -654,14 +654,16 @@ TEST(OpticalFlowKernels, PlaneInterpolationEqualsItsDefinition) {
             const int height = 3;
             Image<Nox16s> src(width + 1, height + 1, 1, 2), dst(width, height, 1, 6), expected(width, height, 1, 6);
             test::randomize(src, random);
-            reference::FlowPlane<Nox16s> plane;
+            reference::opticalflow::FlowPlane<Nox16s> plane;
             plane.width = width + 1;
             for (int y = 0; y <= height; ++y)
                 for (int x = 0; x <= width; ++x)
                     plane.cells.push_back(src.at(x, y));
             const float x = 20 + fraction, y = 30 + 0.5F * fraction;
-            const long double fx = reference::flowPlaceFraction(x, 9), fy = reference::flowPlaceFraction(y, 8);
-            expected.generate([&](int u, int v, int) { return reference::flowPlaneCell(plane, u, v, fx, fy); });
+            const long double fx = reference::opticalflow::flowPlaceFraction(x, 9),
+                              fy = reference::opticalflow::flowPlaceFraction(y, 8);
+            expected.generate(
+                [&](int u, int v, int) { return reference::opticalflow::flowPlaneCell(plane, u, v, fx, fy); });
             ownModifiedConvolution_16s_C1R(src.data(), src.step(), dst.data(), dst.step(), {width + 3, height + 3},
                                            {9, 8}, {width, height}, x, y, 0);
             EXPECT_TRUE(test::sameImage(dst, expected)) << width << " " << fraction;

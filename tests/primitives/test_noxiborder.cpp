@@ -37,16 +37,16 @@ void expectReplicated(const Entry<T> &entry) {
                 Image<T> src(size.width, size.height, c, padding), actual(whole.width, whole.height, c, 12 - padding),
                     expected(actual);
                 test::randomize(src, random);
-                reference::copyReplicated<T>(src.data(), src.step(), size, expected.data(), expected.step(), whole,
-                                             border.top, border.left, c);
+                reference::border::copyReplicated<T>(src.data(), src.step(), size, expected.data(), expected.step(),
+                                                     whole, border.top, border.left, c);
                 ASSERT_EQ(entry.copy(src.data(), src.step(), size, actual.data(), actual.step(), whole, border.top,
                                      border.left),
                           noxStsNoError);
                 ASSERT_TRUE(test::sameImage(actual, expected));
 
                 Image<T> inPlace(whole.width, whole.height, c, padding);
-                T *first = &inPlace.at(border.left, border.top);
-                reference::copy<T>(src.data(), src.step(), first, inPlace.step(), size, c);
+                T *first = inPlace.row(border.top) + border.left * c;
+                reference::border::copy<T>(src.data(), src.step(), first, inPlace.step(), size, c);
                 ASSERT_EQ(entry.inPlace(first, inPlace.step(), size, whole, border.top, border.left), noxStsNoError);
                 ASSERT_TRUE(test::sameImage(inPlace, expected));
             }
@@ -65,8 +65,8 @@ TEST(ReplicateBorder, EqualsReferenceOnAllSizes32s) {
 TEST(ReplicateBorder, CarriesFloatsAsBitPatterns) {
     Image<Nox32u> src(5, 2), actual(8, 4), expected(8, 4);
     src.generate([](int x, int y, int) { return 0x7f800000U + x * 7 + y; });
-    reference::copyReplicated<Nox32u>(src.data(), src.step(), src.roi(), expected.data(), expected.step(), actual.roi(),
-                                      1, 2, 1);
+    reference::border::copyReplicated<Nox32u>(src.data(), src.step(), src.roi(), expected.data(), expected.step(),
+                                              actual.roi(), 1, 2, 1);
     noxiCopyReplicateBorder_32s_C1R(reinterpret_cast<const Nox32s *>(src.data()), src.step(), src.roi(),
                                     reinterpret_cast<Nox32s *>(actual.data()), actual.step(), actual.roi(), 1, 2);
     EXPECT_TRUE(test::sameImage(actual, expected));
@@ -81,8 +81,8 @@ TEST(ConstBorder, EqualsReferenceOnAllSizes) {
                 Image<Nox8u> src(size.width, size.height, 1, padding),
                     actual(whole.width, whole.height, 1, 13 - padding), expected(actual);
                 test::randomize(src, random);
-                reference::copyConstant<Nox8u>(src.data(), src.step(), size, expected.data(), expected.step(), whole,
-                                               border.top, border.left, 171);
+                reference::border::copyConstant<Nox8u>(src.data(), src.step(), size, expected.data(), expected.step(),
+                                                       whole, border.top, border.left, 171);
                 ASSERT_EQ(noxiCopyConstBorder_8u_C1R(src.data(), src.step(), size, actual.data(), actual.step(), whole,
                                                      border.top, border.left, 171),
                           noxStsNoError);
@@ -124,7 +124,7 @@ template <class T>
 void expectInPlaceStatuses(NoxStatus (*call)(T *, int, NoxiSize, NoxiSize, int, int), int channels) {
     Image<T> image(7, 6, channels);
     const Image<T> before(image);
-    T *first = &image.at(1, 1);
+    T *first = image.row(1) + channels;
     const int step = image.step();
     const NoxiSize size = {4, 3}, whole = {7, 6};
     EXPECT_EQ(call(nullptr, 0, {0, 0}, whole, 1, 1), noxStsNullPointer);

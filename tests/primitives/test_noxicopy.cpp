@@ -20,7 +20,7 @@ template <class T>
 void scramble(const Image<T> &image, test::Random &random) {
     for (int y = 0; y < image.height(); ++y)
         for (std::size_t i = 0; i < std::size_t(image.width()) * image.channels() * sizeof(T); ++i)
-            reinterpret_cast<Nox8u *>(image.row(y))[i] = static_cast<Nox8u>(random());
+            reinterpret_cast<Nox8u *>(static_cast<T *>(image.row(y)))[i] = static_cast<Nox8u>(random());
 }
 
 template <class T>
@@ -65,8 +65,8 @@ TEST(Copy, StepsAreTakenAsGiven) {
                 const auto first = [&](const Image<Nox8u> &image, int step) {
                     return image.data() + (step < 0 ? -step * 5 * channels : 0);
                 };
-                reference::copy<Nox8u>(first(src, srcStep), srcStep * channels, first(expected, dstStep),
-                                       dstStep * channels, roi, channels);
+                reference::border::copy<Nox8u>(first(src, srcStep), srcStep * channels, first(expected, dstStep),
+                                               dstStep * channels, roi, channels);
                 ASSERT_EQ(
                     call(first(src, srcStep), srcStep * channels, first(actual, dstStep), dstStep * channels, roi),
                     noxStsNoError);
@@ -98,7 +98,7 @@ TEST(Set, SetsEveryPixel) {
     for (const NoxiSize size : test::testSizes())
         for (const int padding : test::testPaddings<Nox8u>()) {
             Image<Nox8u> actual(size.width, size.height, 1, padding), expected(actual);
-            reference::set<Nox8u>(201, expected.data(), expected.step(), size);
+            reference::border::set<Nox8u>(201, expected.data(), expected.step(), size);
             ASSERT_EQ(noxiSet_8u_C1R(201, actual.data(), actual.step(), size), noxStsNoError);
             ASSERT_TRUE(test::sameImage(actual, expected));
         }
@@ -108,7 +108,7 @@ TEST(Set, StepsAreTakenAsGiven) {
     for (const int step : {0, 3, 10, 14, -14}) {
         Image<Nox8u> actual(84, 1), expected(actual);
         const int first = step < 0 ? -step * 5 : 0;
-        reference::set<Nox8u>(9, expected.data() + first, step, {10, 6});
+        reference::border::set<Nox8u>(9, expected.data() + first, step, {10, 6});
         ASSERT_EQ(noxiSet_8u_C1R(9, actual.data() + first, step, {10, 6}), noxStsNoError);
         ASSERT_TRUE(test::sameImage(actual, expected)) << step;
     }

@@ -69,7 +69,7 @@ TEST(Sub8u, EqualsReferenceAtEveryScale) {
                         [&, call = inPlace](auto &a, auto &d) {
                             return call(a.data(), a.step(), d.data(), d.step(), size, scale);
                         },
-                        [=](Nox8u a, Nox8u b) { return reference::subtract(a, b, scale); });
+                        [=](Nox8u a, Nox8u b) { return reference::elementwise::subtract(a, b, scale); });
 }
 
 TEST(Sub, DestinationMayBeEitherSource) {
@@ -78,7 +78,8 @@ TEST(Sub, DestinationMayBeEitherSource) {
         Image<Nox8u> a(131, 5), b(131, 5), expected(131, 5);
         test::randomize(a, random);
         test::randomize(b, random);
-        expected.generate([&](int x, int y, int) { return reference::subtract(a.at(x, y), b.at(x, y), 2); });
+        expected.generate(
+            [&](int x, int y, int) { return reference::elementwise::subtract(a.at(x, y), b.at(x, y), 2); });
         Image<Nox8u> &d = first ? a : b;
         noxiSub_8u_C1RSfs(a.data(), a.step(), b.data(), b.step(), d.data(), d.step(), a.roi(), 2);
         EXPECT_TRUE(test::sameImage(d, expected));
@@ -96,7 +97,7 @@ TEST(Sub, StepsAreTakenAsGiven) {
             for (int y = 0; y < 5; ++y)
                 for (int x = 0; x < 20; ++x) {
                     const int i = first + y * step + x;
-                    expected.at(i, 0) = reference::subtract(a.at(i, 0), b.at(i, 0), scale);
+                    expected.at(i, 0) = reference::elementwise::subtract(a.at(i, 0), b.at(i, 0), scale);
                 }
             EXPECT_EQ(noxiSub_8u_C1RSfs(a.data() + first, step, b.data() + first, step, actual.data() + first, step,
                                         {20, 5}, scale),

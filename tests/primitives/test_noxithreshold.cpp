@@ -20,7 +20,7 @@ TEST(ThresholdVal, EqualsReferenceOnAllSizes) {
                     expected(size.width, size.height);
                 test::randomize(src, random);
                 expected.generate([&](int x, int y, int) {
-                    return reference::thresholdValue(src.at(x, y), threshold, value, compare);
+                    return reference::elementwise::thresholdValue(src.at(x, y), threshold, value, compare);
                 });
                 ASSERT_EQ(noxiThreshold_Val_8u_C1R(src.data(), src.step(), actual.data(), actual.step(), size,
                                                    threshold, value, compare),
@@ -47,8 +47,9 @@ TEST(ThresholdVal, GreaterFormsAndInPlace) {
         Image<Nox8u> src(size.width, size.height, 1, 3), actual(size.width, size.height),
             expected(size.width, size.height);
         test::randomize(src, random);
-        expected.generate(
-            [&](int x, int y, int) { return reference::thresholdValue(src.at(x, y), 100, 7, noxCmpGreater); });
+        expected.generate([&](int x, int y, int) {
+            return reference::elementwise::thresholdValue(src.at(x, y), 100, 7, noxCmpGreater);
+        });
         ASSERT_EQ(noxiThreshold_GTVal_8u_C1R(src.data(), src.step(), actual.data(), actual.step(), size, 100, 7),
                   noxStsNoError);
         ASSERT_TRUE(test::sameImage(actual, expected));
@@ -64,8 +65,8 @@ TEST(ThresholdVal, KernelTakesAFlagForGreater) {
         ownnoxiThreshold_V_8u_C1(src.data(), src.step(), actual.data(), actual.step(), 50, 2, 120, 9, greater);
         for (int y = 0; y < 2; ++y)
             for (int x = 0; x < 50; ++x)
-                ASSERT_EQ(actual.at(x, y),
-                          reference::thresholdValue(src.at(x, y), 120, 9, greater != 0 ? noxCmpGreater : noxCmpLess));
+                ASSERT_EQ(actual.at(x, y), reference::elementwise::thresholdValue(
+                                               src.at(x, y), 120, 9, greater != 0 ? noxCmpGreater : noxCmpLess));
     }
 }
 
@@ -85,8 +86,9 @@ TEST(Threshold32f, EqualsReferenceOnAllSizes) {
                     Image<Nox32f> src(size.width, size.height, 1, padding),
                         actual(size.width, size.height, 1, 22 - padding), expected(size.width, size.height);
                     src.generate([&](int x, int, int) { return specialPixel(x, random); });
-                    expected.generate(
-                        [&](int x, int y, int) { return reference::threshold(src.at(x, y), threshold, compare); });
+                    expected.generate([&](int x, int y, int) {
+                        return reference::elementwise::threshold(src.at(x, y), threshold, compare);
+                    });
                     ASSERT_EQ(noxiThreshold_32f_C1R(src.data(), src.step(), actual.data(), actual.step(), size,
                                                     threshold, compare),
                               noxStsNoError);
@@ -100,7 +102,8 @@ TEST(Threshold32f, LessFormsAndInPlace) {
         Image<Nox32f> src(size.width, size.height, 1, 5), actual(size.width, size.height),
             expected(size.width, size.height);
         src.generate([&](int x, int, int) { return specialPixel(x, random); });
-        expected.generate([&](int x, int y, int) { return reference::threshold(src.at(x, y), 3.5F, noxCmpLess); });
+        expected.generate(
+            [&](int x, int y, int) { return reference::elementwise::threshold(src.at(x, y), 3.5F, noxCmpLess); });
         ASSERT_EQ(noxiThreshold_LT_32f_C1R(src.data(), src.step(), actual.data(), actual.step(), size, 3.5F),
                   noxStsNoError);
         ASSERT_TRUE(test::sameImage(actual, expected));
@@ -119,7 +122,7 @@ TEST(Threshold, StepsNeedNotHoldARow) {
         for (int y = 0; y < 4; ++y)
             for (int x = 0; x < 40; ++x)
                 expected.at(y * step + x, 0) =
-                    reference::thresholdValue(src.at(y * step + x, 0), 128, 0, noxCmpGreater);
+                    reference::elementwise::thresholdValue(src.at(y * step + x, 0), 128, 0, noxCmpGreater);
         EXPECT_EQ(noxiThreshold_GTVal_8u_C1R(src.data(), step, actual.data(), step, {40, 4}, 128, 0), noxStsNoError);
         EXPECT_TRUE(test::sameImage(actual, expected)) << step;
     }

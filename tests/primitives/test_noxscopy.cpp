@@ -89,7 +89,7 @@ TEST(Set, KeepsThePayloadOfANotANumber) {
     Vector<Nox32f> actual(37);
     noxsSet_32f(value, actual.data(), 37);
     for (int i = 0; i < 37; ++i)
-        ASSERT_EQ(std::bit_cast<Nox32u>(actual[i]), 0x7fc12345U);
+        ASSERT_EQ(std::bit_cast<Nox32u>(Nox32f(actual[i])), 0x7fc12345U);
 }
 
 } // namespace

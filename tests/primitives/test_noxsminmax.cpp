@@ -15,10 +15,10 @@ struct Entry {
     T (*pick)(T, T);
 };
 
-const Entry<Nox8u> bytes[] = {{noxsMinEvery_8u_I, noxsMinEvery_8u, reference::lesser<Nox8u>},
-                              {noxsMaxEvery_8u_I, noxsMaxEvery_8u, reference::greater<Nox8u>}};
-const Entry<Nox32f> floats[] = {{noxsMinEvery_32f_I, noxsMinEvery_32f, reference::lesser<Nox32f>},
-                                {noxsMaxEvery_32f_I, noxsMaxEvery_32f, reference::greater<Nox32f>}};
+const Entry<Nox8u> bytes[] = {{noxsMinEvery_8u_I, noxsMinEvery_8u, reference::elementwise::lesser<Nox8u>},
+                              {noxsMaxEvery_8u_I, noxsMaxEvery_8u, reference::elementwise::greater<Nox8u>}};
+const Entry<Nox32f> floats[] = {{noxsMinEvery_32f_I, noxsMinEvery_32f, reference::elementwise::lesser<Nox32f>},
+                                {noxsMaxEvery_32f_I, noxsMaxEvery_32f, reference::elementwise::greater<Nox32f>}};
 
 template <class T>
 void expectEqualsReference(const Entry<T> &entry) {
@@ -54,7 +54,7 @@ TEST(MinMaxEvery, NotANumbersAndZerosOfBothSigns) {
         entry.inPlace(a.data(), b.data(), 49);
         for (int i = 0; i < 49; ++i) {
             if (std::isnan(a[i]) || a[i] == before[i])
-                ASSERT_TRUE(test::sameElement(b[i], before[i])) << i;
+                ASSERT_TRUE(test::sameElement<Nox32f>(b[i], before[i])) << i;
             else if (std::isnan(before[i]))
                 ASSERT_TRUE(std::isnan(b[i])) << i;
             else

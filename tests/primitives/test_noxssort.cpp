@@ -13,7 +13,7 @@ namespace {
 std::vector<std::uint64_t> sortedBits(const Vector<Nox64f> &vector) {
     std::vector<std::uint64_t> bits;
     for (int i = 0; i < vector.length(); ++i)
-        bits.push_back(std::bit_cast<std::uint64_t>(vector[i]));
+        bits.push_back(std::bit_cast<std::uint64_t>(Nox64f(vector[i])));
     std::sort(bits.begin(), bits.end());
     return bits;
 }

@@ -156,7 +156,8 @@ void expectIntegerRoots(const std::vector<Nox32s> &values, int scaleFactor) {
     std::vector<Nox16s> results(values.size());
     ASSERT_EQ(noxsSqrt_32s16s_Sfs(values.data(), results.data(), int(values.size()), scaleFactor), noxStsNoError);
     for (std::size_t i = 0; i < values.size(); ++i)
-        ASSERT_EQ(results[i], reference::root(values[i], scaleFactor)) << values[i] << " scale " << scaleFactor;
+        ASSERT_EQ(results[i], reference::elementwise::root(values[i], scaleFactor))
+            << values[i] << " scale " << scaleFactor;
 }
 
 TEST(Sqrt32s16s, NearestAboutSomeBoundaries) {
@@ -191,7 +192,7 @@ TEST(Sqrt32s16s, EqualsReferenceAtEveryLengthAndAddress) {
                 });
                 for (int i = 0; i < length; ++i)
                     negative = negative || src[i] < 0;
-                expected.generate([&](int i) { return reference::root(src[i], scale); });
+                expected.generate([&](int i) { return reference::elementwise::root(src[i], scale); });
                 ASSERT_EQ(noxsSqrt_32s16s_Sfs(src.data(), actual.data(), length, scale),
                           negative ? noxStsSqrtOfNegative : noxStsNoError);
                 ASSERT_TRUE(test::sameVector(actual, expected)) << scale;

@@ -19,7 +19,7 @@ struct Kernel {
 /// The 8-bit kernels, one entry a scale.
 std::vector<Kernel<Nox8u>> byteKernels() {
     const auto formula = [](int scale) {
-        return [scale](Nox8u a, Nox8u b) { return reference::subtract(a, b, scale); };
+        return [scale](Nox8u a, Nox8u b) { return reference::elementwise::subtract(a, b, scale); };
     };
     std::vector<Kernel<Nox8u>> kernels = {{ownsSub_8u, ownsSub_8u_I, formula(0)},
                                           {ownsSub_8u_1Sfs, ownsSub_8u_I_1Sfs, formula(1)},

@@ -30,8 +30,8 @@ T expectedElement(const Image<T> &src, int kind, T value, const Border &border, 
         x >= border.left && x < border.left + src.width() && y >= border.top && y < border.top + src.height();
     if (kind == 0 && !inside)
         return value;
-    return src.at(reference::walk(x - border.left, src.width(), kind),
-                  reference::borderRow(y, border.top, src.height(), kind), channel);
+    return src.at(reference::border::walk(x - border.left, src.width(), kind),
+                  reference::border::borderRow(y, border.top, src.height(), kind), channel);
 }
 
 template <class T>

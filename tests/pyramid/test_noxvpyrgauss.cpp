@@ -67,7 +67,7 @@ TYPED_TEST(PyrGauss, DownEqualsReference) {
             const test::ShiftedBuffer buffer(downBufferSize<M>(size.width), int(random() % 32));
             ASSERT_EQ(M::down(src.data(), src.step(), actual.data(), actual.step(), size, buffer.data()),
                       noxStsNoError);
-            reference::pyrDown(src.data(), src.step(), expected.data(), expected.step(), size, M::channels);
+            reference::pyrgauss::pyrDown(src.data(), src.step(), expected.data(), expected.step(), size, M::channels);
             ASSERT_TRUE(buffer.intact());
             ASSERT_TRUE(test::sameImage(actual, expected)) << "source " << size.width << "x" << size.height;
         }
@@ -85,7 +85,7 @@ TYPED_TEST(PyrGauss, UpEqualsReference) {
 
             const test::ShiftedBuffer buffer(upBufferSize<M>(size.width), int(random() % 32));
             ASSERT_EQ(M::up(src.data(), src.step(), actual.data(), actual.step(), size, buffer.data()), noxStsNoError);
-            reference::pyrUp(src.data(), src.step(), expected.data(), expected.step(), size, M::channels);
+            reference::pyrgauss::pyrUp(src.data(), src.step(), expected.data(), expected.step(), size, M::channels);
             ASSERT_TRUE(buffer.intact());
             ASSERT_TRUE(test::sameImage(actual, expected)) << "source " << size.width << "x" << size.height;
         }

@@ -65,7 +65,7 @@ private:
 };
 
 template <class T>
-std::vector<std::vector<reference::LayerTap<T>>> kernels() {
+std::vector<std::vector<reference::pyrlayer::LayerTap<T>>> kernels() {
     return {{1, 2, 1},          {1, 4, 6, 4, 1},
             {0, 1, 0},          {1, 6, 15, 20, 15, 6, 1},
             {-1, 3, 12, 3, -1}, {2, 0, 3, 5, 9, 5, 3, 0, 2}};
@@ -88,8 +88,8 @@ using Members = ::testing::Types<Member<Nox8u, 1>, Member<Nox8u, 3>, Member<Nox1
 TYPED_TEST_SUITE(PyrLayer, Members);
 
 template <class M>
-void expectDown(NoxiSize size, const std::vector<reference::LayerTap<typename M::Element>> &kernel, float rate,
-                test::Random &random, int padding) {
+void expectDown(NoxiSize size, const std::vector<reference::pyrlayer::LayerTap<typename M::Element>> &kernel,
+                float rate, test::Random &random, int padding) {
     using T = typename M::Element;
     const int n = int(kernel.size());
     NoxiPyramidLayerState *state = nullptr;
@@ -102,11 +102,11 @@ void expectDown(NoxiSize size, const std::vector<reference::LayerTap<typename M:
         Image<T> actual(dstRoi.width, dstRoi.height, M::channels, padding), expected(actual);
         test::randomize(src, random);
         ASSERT_EQ(M::down(src.data(), src.step(), size, actual.data(), actual.step(), dstRoi, state), noxStsNoError);
-        reference::LayerTap<T> unwritten;
+        reference::pyrlayer::LayerTap<T> unwritten;
         std::memset(&unwritten, 0xFF, sizeof(unwritten));
-        const auto taps = reference::normalised(kernel, true, unwritten);
-        reference::layerDown(src.data(), src.step(), size, expected.data(), expected.step(), dstRoi, M::channels, taps,
-                             n, rate);
+        const auto taps = reference::pyrlayer::normalised(kernel, true, unwritten);
+        reference::pyrlayer::layerDown(src.data(), src.step(), size, expected.data(), expected.step(), dstRoi,
+                                       M::channels, taps, n, rate);
         ASSERT_TRUE(test::sameImage(actual, expected))
             << "source " << size.width << "x" << size.height << " rate " << rate << " taps " << n;
         M::freeDown(state);
@@ -114,8 +114,9 @@ void expectDown(NoxiSize size, const std::vector<reference::LayerTap<typename M:
 }
 
 template <class M>
-void expectUp(NoxiSize srcRoi, NoxiSize dstRoi, const std::vector<reference::LayerTap<typename M::Element>> &kernel,
-              float rate, test::Random &random, int padding) {
+void expectUp(NoxiSize srcRoi, NoxiSize dstRoi,
+              const std::vector<reference::pyrlayer::LayerTap<typename M::Element>> &kernel, float rate,
+              test::Random &random, int padding) {
     using T = typename M::Element;
     const int n = int(kernel.size());
     NoxiPyramidLayerState *state = nullptr;
@@ -124,9 +125,9 @@ void expectUp(NoxiSize srcRoi, NoxiSize dstRoi, const std::vector<reference::Lay
     Image<T> actual(dstRoi.width, dstRoi.height, M::channels, padding), expected(actual);
     test::randomize(src, random);
     ASSERT_EQ(M::up(src.data(), src.step(), srcRoi, actual.data(), actual.step(), dstRoi, state), noxStsNoError);
-    const auto taps = reference::normalised(kernel, false, reference::LayerTap<T>(0));
-    reference::layerUp(src.data(), src.step(), srcRoi, expected.data(), expected.step(), dstRoi, M::channels, taps, n,
-                       rate);
+    const auto taps = reference::pyrlayer::normalised(kernel, false, reference::pyrlayer::LayerTap<T>(0));
+    reference::pyrlayer::layerUp(src.data(), src.step(), srcRoi, expected.data(), expected.step(), dstRoi, M::channels,
+                                 taps, n, rate);
     ASSERT_TRUE(test::sameImage(actual, expected))
         << "source " << srcRoi.width << "x" << srcRoi.height << " to " << dstRoi.width << "x" << dstRoi.height
         << " rate " << rate << " taps " << n;
@@ -163,7 +164,7 @@ TYPED_TEST(PyrLayer, ZeroSumKernelsKeepTheirOwnLayout) {
     using M = TypeParam;
     using T = typename M::Element;
     test::Random random(3);
-    const std::vector<reference::LayerTap<T>> three = {1, -2, 1}, five = {3, -1, -4, -1, 3};
+    const std::vector<reference::pyrlayer::LayerTap<T>> three = {1, -2, 1}, five = {3, -1, -4, -1, 3};
     for (const auto &kernel : {three, five}) {
         expectDown<M>({20, 15}, kernel, 1.5F, random, 0);
         expectDown<M>({2, 3}, kernel, 2.0F, random, 0);
@@ -175,7 +176,7 @@ TYPED_TEST(PyrLayer, ManyAndLargeTapsStayExact) {
     using M = TypeParam;
     using T = typename M::Element;
     test::Random random(4);
-    std::vector<reference::LayerTap<T>> many(41, 1), large = {-30000, 32000, -4100, 32000, -30000};
+    std::vector<reference::pyrlayer::LayerTap<T>> many(41, 1), large = {-30000, 32000, -4100, 32000, -30000};
     expectDown<M>({90, 60}, many, 1.7F, random, 0);
     expectDown<M>({30, 60}, many, 2.0F, random, 0);
     expectDown<M>({60, 50}, large, 2.3F, random, 0);
@@ -208,7 +209,7 @@ TYPED_TEST(PyrLayer, FlatImagesStayFlat) {
 TYPED_TEST(PyrLayer, SmallerImagesThanTheState) {
     using M = TypeParam;
     using T = typename M::Element;
-    const std::vector<reference::LayerTap<T>> kernel = {1, 2, 1};
+    const std::vector<reference::pyrlayer::LayerTap<T>> kernel = {1, 2, 1};
     NoxiPyramidLayerState *state = nullptr;
     ASSERT_EQ(M::initDown(&state, {40, 30}, 2.0F, kernel.data(), 3, 2), noxStsNoError);
     Image<T> src(41, 30, M::channels), dst(21, 15, M::channels);
@@ -222,7 +223,7 @@ TYPED_TEST(PyrLayer, SmallerImagesThanTheState) {
 TYPED_TEST(PyrLayer, CallStatusesInOrder) {
     using M = TypeParam;
     using T = typename M::Element;
-    const std::vector<reference::LayerTap<T>> kernel = {1, 2, 1};
+    const std::vector<reference::pyrlayer::LayerTap<T>> kernel = {1, 2, 1};
     const std::function<NoxStatus(const T *, int, NoxiSize, T *, int, NoxiSize, NoxiPyramidLayerState *)> calls[] = {
         M::down, M::up};
     for (const bool up : {false, true}) {
@@ -257,7 +258,7 @@ TYPED_TEST(PyrLayer, CallStatusesInOrder) {
 TYPED_TEST(PyrLayer, InitStatusesInOrder) {
     using M = TypeParam;
     using T = typename M::Element;
-    const std::vector<reference::LayerTap<T>> kernel = {1, 2, 3};
+    const std::vector<reference::pyrlayer::LayerTap<T>> kernel = {1, 2, 3};
     NoxiPyramidLayerState *state = nullptr;
     for (const auto init : {M::initDown, M::initUp}) {
         EXPECT_EQ(init(nullptr, {0, 0}, 0, kernel.data(), 3, 2), noxStsNullPointer);
@@ -284,7 +285,7 @@ TYPED_TEST(PyrLayer, InitStatusesInOrder) {
 TYPED_TEST(PyrLayer, AsymmetricKernelWorksFromItsLeftHalf) {
     using M = TypeParam;
     using T = typename M::Element;
-    const std::vector<reference::LayerTap<T>> skewed = {1, 2, 3}, even = {1, 2, 1};
+    const std::vector<reference::pyrlayer::LayerTap<T>> skewed = {1, 2, 3}, even = {1, 2, 1};
     Image<T> src(16, 12, M::channels), a(8, 6, M::channels), b(8, 6, M::channels);
     test::Random random(5);
     test::randomize(src, random);
@@ -305,7 +306,7 @@ TYPED_TEST(PyrLayer, StateIsOneAllocationOfTheStatedSize) {
     constexpr long long ch = M::channels, wider = sizeof(NoxiPyramidLayerState) - 36;
     for (const NoxiSize roi : {NoxiSize{3, 9}, {40, 4}, {40, 31}, {5, 5}})
         for (const int n : {3, 5, 7}) {
-            const std::vector<reference::LayerTap<T>> kernel(n, 1);
+            const std::vector<reference::pyrlayer::LayerTap<T>> kernel(n, 1);
             const long long w = roi.width, h = roi.height, m = std::max(w, h);
             const long long up = floating ? ((n + w - 1) * (n + h - 1) + n + m - 1) * 4 * ch + n * 4 + 108
                                           : ((n + w - 1) * (n + h - 1) + (n + m - 1) * 2) * 4 * ch + n * 2 + 108;
@@ -331,7 +332,7 @@ TYPED_TEST(PyrLayer, StateIsOneAllocationOfTheStatedSize) {
 TYPED_TEST(PyrLayer, UpReportsAFailedBorderCopy) {
     using M = TypeParam;
     using T = typename M::Element;
-    const std::vector<reference::LayerTap<T>> kernel = {1, 2, 1};
+    const std::vector<reference::pyrlayer::LayerTap<T>> kernel = {1, 2, 1};
     NoxiPyramidLayerState *state = nullptr;
     ASSERT_EQ(M::initUp(&state, {8, 6}, 2, kernel.data(), 3, 2), noxStsNoError);
     Image<T> src(4, 3, M::channels), dst(8, 6, M::channels);

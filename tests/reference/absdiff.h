@@ -6,8 +6,9 @@
 #include <type_traits>
 
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::absdiff {
 
 template <class T>
 T absDiff(T a, T b) {
@@ -21,11 +22,9 @@ template <class T>
 void absDiff(const T *src1, int src1Step, const T *src2, int src2Step, T *dst, int dstStep, NoxiSize roi) {
     for (int y = 0; y < roi.height; ++y)
         for (int x = 0; x < roi.width; ++x) {
-            const auto *a = reinterpret_cast<const T *>(reinterpret_cast<const char *>(src1) + y * src1Step);
-            const auto *b = reinterpret_cast<const T *>(reinterpret_cast<const char *>(src2) + y * src2Step);
-            auto *d = reinterpret_cast<T *>(reinterpret_cast<char *>(dst) + y * dstStep);
-            d[x] = absDiff(a[x], b[x]);
+            const T a = test::rowAt(src1, src1Step, y)[x], b = test::rowAt(src2, src2Step, y)[x];
+            test::rowAt(dst, dstStep, y)[x] = absDiff(a, b);
         }
 }
 
-} // namespace reference
+} // namespace reference::absdiff

@@ -8,8 +8,9 @@
 #include <xmmintrin.h>
 
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::accumulate {
 
 enum class Term { Source, Square, Product, Weighted };
 
@@ -35,11 +36,10 @@ void accumulate(Term term, const T *src1, int src1Step, const T *src2, int src2S
                 float *dst, int dstStep, NoxiSize size, float alpha) {
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) {
-            const auto *a = reinterpret_cast<const T *>(reinterpret_cast<const char *>(src1) + y * src1Step);
-            const auto *b = reinterpret_cast<const T *>(reinterpret_cast<const char *>(src2) + y * src2Step);
-            auto *d = reinterpret_cast<float *>(reinterpret_cast<char *>(dst) + y * dstStep);
+            const T a = test::rowAt(src1, src1Step, y)[x], b = test::rowAt(src2, src2Step, y)[x];
+            const auto d = test::rowAt(dst, dstStep, y)[x];
             const bool on = mask == nullptr || mask[y * maskStep + x] != 0;
-            d[x] = accumulated(term, mask != nullptr, on, a[x], b[x], d[x], alpha);
+            d = accumulated<T>(term, mask != nullptr, on, a, b, d, alpha);
         }
 }
 
@@ -59,4 +59,4 @@ inline float arctan(float y, float x) {
     return angle;
 }
 
-} // namespace reference
+} // namespace reference::accumulate

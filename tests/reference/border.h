@@ -1,17 +1,15 @@
 // Plain copies and borders of images.
 #pragma once
 
-#include <type_traits>
-
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::border {
 
 /// Element i of row y of an image with a byte step.
 template <class T>
-T &element(T *image, int step, int y, int i) {
-    using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
-    return reinterpret_cast<T *>(reinterpret_cast<Byte *>(image) + static_cast<long long>(y) * step)[i];
+auto element(T *image, int step, int y, int i) {
+    return test::rowAt(image, step, y)[i];
 }
 
 template <class T>
@@ -77,7 +75,7 @@ void copyConstant(const T *src, int srcStep, NoxiSize srcRoi, T *dst, int dstSte
     for (int y = 0; y < dstRoi.height; ++y)
         for (int x = 0; x < dstRoi.width; ++x) {
             const bool inside = y >= top && y < top + srcRoi.height && x >= left && x < left + srcRoi.width;
-            element(dst, dstStep, y, x) = inside ? element(src, srcStep, y - top, x - left) : value;
+            element(dst, dstStep, y, x) = inside ? T(element(src, srcStep, y - top, x - left)) : value;
         }
 }
 
@@ -88,4 +86,4 @@ inline int borderRow(int y, int top, int height, int kind) {
     return (y < top ? y : y - height) % height;
 }
 
-} // namespace reference
+} // namespace reference::border

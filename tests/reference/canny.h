@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::canny {
 
 /// Whole-image magnitudes with a border of zeros, then thinning pixel by pixel, then growth from strong pixels.
 template <class T>
@@ -18,12 +19,8 @@ void canny(const T *srcDx, int srcDxStep, const T *srcDy, int srcDyStep, Nox8u *
            Nox32f low, Nox32f high) {
     using M = std::conditional_t<std::is_same_v<T, Nox16s>, int, float>;
     const int w = roi.width, h = roi.height, pitch = w + 2;
-    const auto dx = [&](int x, int y) {
-        return reinterpret_cast<const T *>(reinterpret_cast<const char *>(srcDx) + std::ptrdiff_t(y) * srcDxStep)[x];
-    };
-    const auto dy = [&](int x, int y) {
-        return reinterpret_cast<const T *>(reinterpret_cast<const char *>(srcDy) + std::ptrdiff_t(y) * srcDyStep)[x];
-    };
+    const auto dx = [&](int x, int y) { return T(test::rowAt(srcDx, srcDxStep, y)[x]); };
+    const auto dy = [&](int x, int y) { return T(test::rowAt(srcDy, srcDyStep, y)[x]); };
     const auto lowest = static_cast<M>(std::min(double(low), 2e9));
     std::vector<M> magnitudes(std::size_t(pitch) * (h + 2), M(0));
     const auto magnitude = [&](int x, int y) -> M & { return magnitudes[std::size_t(y + 1) * pitch + x + 1]; };
@@ -107,4 +104,4 @@ inline Nox32f colorToGray(Nox32f a, Nox32f b, Nox32f c, int norm) {
     return std::sqrt(a * a + b * b + c * c);
 }
 
-} // namespace reference
+} // namespace reference::canny

@@ -6,7 +6,7 @@
 
 #include "noxtypes.h"
 
-namespace reference {
+namespace reference::elementwise {
 
 template <class T>
 T lesser(T src, T srcDst) {
@@ -58,4 +58,4 @@ inline Nox16s root(Nox32s x, int scaleFactor) {
     return static_cast<Nox16s>(std::min(scaled(std::sqrt(static_cast<long double>(x)), scaleFactor), 32767.0L));
 }
 
-} // namespace reference
+} // namespace reference::elementwise

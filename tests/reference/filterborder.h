@@ -7,7 +7,9 @@
 
 #include "reference/separable.h"
 
-namespace reference {
+namespace reference::filterborder {
+
+using namespace separable;
 
 /// A fixed filter by the taps of its rows and columns. Row taps serve the constant border, too.
 struct FilterTaps {
@@ -140,7 +142,7 @@ inline void filter8u8s(Filter filter, int size, const Nox8u *src, int srcStep, N
     const ClampedQuotient<Nox8s> quotient(divisor);
     const Nox32f factor = 1.0F / Nox32f(divisor);
     filter8u(filter, size, src, srcStep, roi, borderType, value, [&](int x, int y, int sum) {
-        Nox8s &result = rowOf(dst, dstStep, y)[x];
+        const auto result = rowOf(dst, dstStep, y)[x];
         if (filter == Filter::laplacian && size == 5) {
             const Nox32f scaled = Nox32f(sum) * factor;
             result = static_cast<Nox8s>(scaled < -128 ? -128 : scaled > 127 ? 127 : static_cast<int>(scaled));
@@ -186,7 +188,7 @@ inline void columns32f(Filter filter, int size, const std::vector<Nox32f> &rows,
             long double r[5] = {};
             for (int j = 0; j < size; ++j)
                 r[j] = rows[std::size_t(y + j) * roi.width + x];
-            Nox32f &result = rowOf(dst, dstStep, y)[x];
+            const auto result = rowOf(dst, dstStep, y)[x];
             const long double sum = column32f(filter, size, r);
             result = static_cast<Nox32f>(adds ? sum + result : sum);
         }
@@ -232,4 +234,4 @@ inline void filter32f(Filter filter, int size, const Nox32f *src, int srcStep, N
     }
 }
 
-} // namespace reference
+} // namespace reference::filterborder

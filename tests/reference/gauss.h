@@ -6,7 +6,9 @@
 
 #include "reference/separable.h"
 
-namespace reference {
+namespace reference::gauss {
+
+using namespace separable;
 
 /// Correlation of a line whose ends are repeated, product by product.
 inline Nox32f correlate(const std::vector<Nox32f> &line, int i, const std::vector<Nox32f> &taps) {
@@ -24,7 +26,9 @@ inline void gauss(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, Noxi
                   const std::vector<Nox32f> &taps) {
     std::vector<Nox32f> line;
     for (int y = 0; y < roi.height; ++y) {
-        line.assign(rowOf(src, srcStep, y), rowOf(src, srcStep, y) + roi.width);
+        line.resize(std::size_t(roi.width));
+        for (int x = 0; x < roi.width; ++x)
+            line[std::size_t(x)] = rowOf(src, srcStep, y)[x];
         for (int x = 0; x < roi.width; ++x)
             rowOf(dst, dstStep, y)[x] = correlate(line, x, taps);
     }
@@ -37,4 +41,4 @@ inline void gauss(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, Noxi
     }
 }
 
-} // namespace reference
+} // namespace reference::gauss

@@ -8,7 +8,7 @@
 
 #include "noxtypes.h"
 
-namespace reference {
+namespace reference::maskedgradient {
 
 /// Which difference a component is made of.
 struct GradientForm {
@@ -52,4 +52,4 @@ inline int repairedComponent(GradientForm form, const std::function<int(int)> &s
     }
 }
 
-} // namespace reference
+} // namespace reference::maskedgradient

@@ -9,8 +9,9 @@
 
 #include "noxcv/pyramid.h"
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::opticalflow {
 
 /// A patch of n by n cells, and which of them have four neighbours in the image.
 template <class Cell>
@@ -49,7 +50,7 @@ struct FlowAxis {
 };
 
 template <class T>
-const T *flowRow(const NoxiPyramid &pyramid, int level, int y) {
+test::Run<const T> flowRow(const NoxiPyramid &pyramid, int level, int y) {
     return reinterpret_cast<const T *>(pyramid.images[level] + std::ptrdiff_t(y) * pyramid.steps[level]);
 }
 
@@ -59,7 +60,7 @@ struct FlowWeights {
     float ax, ay, bx, by, w00, w10, w01, w11;
     FlowWeights(float fx, float fy)
         : ax(fx), ay(fy), bx(1 - fx), by(1 - fy), w00(bx * by), w10(ax * by), w01(bx * ay), w11(ax * ay) {}
-    Nox32f cell(const T *p, const T *q, bool alongX, bool alongY) const {
+    Nox32f cell(test::Run<const T> p, test::Run<const T> q, bool alongX, bool alongY) const {
         return alongX && alongY ? float(p[0]) * w00 + float(p[1]) * w10 + float(q[0]) * w01 + float(q[1]) * w11
                : alongY         ? float(p[0]) * (w00 + w10) + float(q[0]) * (w01 + w11)
                : alongX         ? float(p[0]) * bx + float(p[1]) * ax
@@ -92,7 +93,7 @@ FlowPatch<Cell> flowCut(const NoxiPyramid &pyramid, int level, NoxiPoint32f at, 
     patch.max = {x.max, y.max};
     for (int v = 0; v < n; ++v) {
         const int row = y.sample(v, size.height);
-        const T *p = flowRow<T>(pyramid, level, row), *q = flowRow<T>(pyramid, level, row + y.between(v));
+        const auto p = flowRow<T>(pyramid, level, row), q = flowRow<T>(pyramid, level, row + y.between(v));
         for (int u = 0; u < n; ++u) {
             const int column = x.sample(u, size.width);
             patch.at(u, v) = weights.cell(p + column, q + column, x.between(u), y.between(v));
@@ -140,7 +141,7 @@ void flowPlanes(const NoxiPyramid &pyramid, int level, FlowPlane<Cell> &dx, Flow
         for (int x = 0; x < width; ++x) {
             Row d[3], m[3];
             for (int j = 0; j < 3; ++j) {
-                const T *row = flowRow<T>(pyramid, level, std::clamp(y + j - 1, 0, height - 1));
+                const auto row = flowRow<T>(pyramid, level, std::clamp(y + j - 1, 0, height - 1));
                 const Sum l = static_cast<Row>(row[std::max(x - 1, 0)]), c = static_cast<Row>(row[x]),
                           r = static_cast<Row>(row[std::min(x + 1, width - 1)]);
                 d[j] = static_cast<Row>(r - l);
@@ -359,4 +360,4 @@ void opticalFlow(const NoxiPyramid &first, const NoxiPyramid &second, const Noxi
     }
 }
 
-} // namespace reference
+} // namespace reference::opticalflow

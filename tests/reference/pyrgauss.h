@@ -6,8 +6,9 @@
 #include <type_traits>
 
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::pyrgauss {
 
 /// Sums: exact integers, or single precision from left to right.
 template <class T>
@@ -23,8 +24,8 @@ inline int mirrored(int i, int n) {
 }
 
 template <class T>
-const T *pixel(const T *image, int step, int x, int y, int channels) {
-    return reinterpret_cast<const T *>(reinterpret_cast<const char *>(image) + std::ptrdiff_t(y) * step) + x * channels;
+test::Run<T> pixel(T *image, int step, int x, int y, int channels) {
+    return test::rowAt(image, step, y) + x * channels;
 }
 
 /// The down filter at position 2i of a line of n samples given by s(k).
@@ -62,7 +63,7 @@ void pyrDown(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int c
                     sum = (column(0) + column(w - 1)) * 8;
                 else
                     sum = 6 * row(2 * j) + 4 * (row(2 * j - 1) + row(2 * j + 1)) + row(2 * j - 2) + row(2 * j + 2);
-                T &out = const_cast<T *>(pixel<T>(dst, dstStep, i, j, channels))[c];
+                const auto out = pixel(dst, dstStep, i, j, channels)[c];
                 if constexpr (std::is_floating_point_v<T>)
                     out = sum * 0.00390625F;
                 else
@@ -104,7 +105,7 @@ void pyrUp(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int cha
                     sum = row(i - 1) + 6 * row(i) + row(i + 1);
                 else
                     sum = 4 * (row(i) + row(i + 1));
-                T &out = const_cast<T *>(pixel<T>(dst, dstStep, x, y, channels))[c];
+                const auto out = pixel(dst, dstStep, x, y, channels)[c];
                 if constexpr (std::is_floating_point_v<T>)
                     out = sum * 0.015625F;
                 else
@@ -112,4 +113,4 @@ void pyrUp(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int cha
             }
 }
 
-} // namespace reference
+} // namespace reference::pyrgauss

@@ -13,7 +13,9 @@
 #include "noxtypes.h"
 #include "reference/pyrgauss.h"
 
-namespace reference {
+namespace reference::pyrlayer {
+
+using namespace pyrgauss;
 
 template <class T>
 using LayerTap = std::conditional_t<std::is_floating_point_v<T>, Nox32f, Nox16s>;
@@ -142,7 +144,7 @@ void layerDown(const T *src, int srcStep, NoxiSize roi, T *dst, int dstStep, Nox
             }
             for (int y = 0; y < dstRoi.height; ++y) {
                 const S value = two ? at(std::min(2 * x, w - 1), std::min(2 * y, h - 1), c) : column[y];
-                T &out = const_cast<T *>(pixel<T>(dst, dstStep, x, y, channels))[c];
+                const auto out = pixel(dst, dstStep, x, y, channels)[c];
                 if constexpr (std::is_floating_point_v<T>)
                     out = value;
                 else
@@ -256,7 +258,7 @@ void layerUp(const T *src, int srcStep, NoxiSize roi, T *dst, int dstStep, NoxiS
             const auto sample = [&](int i) { return rows[std::clamp(i + half, 0, h + 2 * half - 1)][x]; };
             const auto column = spreadLine<Sum>(sample, h, dstRoi.height, taps, n, rate);
             for (int y = 0; y < dstRoi.height; ++y) {
-                T &out = const_cast<T *>(pixel<T>(dst, dstStep, x, y, channels))[c];
+                const auto out = pixel(dst, dstStep, x, y, channels)[c];
                 const auto scaled = float(column[y]) * weights[y];
                 if constexpr (floating)
                     out = column[y] * weights[y];
@@ -269,4 +271,4 @@ void layerUp(const T *src, int srcStep, NoxiSize roi, T *dst, int dstStep, NoxiS
     }
 }
 
-} // namespace reference
+} // namespace reference::pyrlayer

@@ -6,7 +6,7 @@
 
 #include "noxtypes.h"
 
-namespace reference {
+namespace reference::sampleline {
 
 /// Places of a segment's pixels. Along the main axis they are whole steps; along the other one the ideal line is
 /// rounded, halves toward the start.
@@ -25,4 +25,4 @@ inline std::vector<NoxiPoint> linePixels(NoxiPoint from, NoxiPoint to) {
     return pixels;
 }
 
-} // namespace reference
+} // namespace reference::sampleline

@@ -6,8 +6,9 @@
 #include <vector>
 
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::separable {
 
 /// The index that stands for a position, found by walking back and forth; -1 for the constant border.
 inline int walk(int position, int length, int borderType) {
@@ -35,24 +36,20 @@ inline int walk(int position, int length, int borderType) {
 }
 
 template <class T>
-const T *rowOf(const T *base, int step, int y) {
-    return reinterpret_cast<const T *>(reinterpret_cast<const char *>(base) + std::ptrdiff_t(y) * step);
-}
-template <class T>
-T *rowOf(T *base, int step, int y) {
-    return reinterpret_cast<T *>(reinterpret_cast<char *>(base) + std::ptrdiff_t(y) * step);
+test::Run<T> rowOf(T *base, int step, int y) {
+    return test::rowAt(base, step, y);
 }
 
 /// A row with `before` and `after` pixels more at its ends.
 template <class T>
-void extendRow(const T *row, int width, int channels, int before, int after, int borderType, const T *value,
-               std::vector<T> &line) {
+void extendRow(std::type_identity_t<test::Run<const T>> row, int width, int channels, int before, int after,
+               int borderType, const T *value, std::vector<T> &line) {
     line.resize(std::size_t(before + width + after) * channels);
     T *to = line.data();
     for (int x = -before; x < width + after; ++x) {
         const int index = walk(x, width, borderType);
         for (int c = 0; c < channels; ++c)
-            *to++ = index < 0 ? value[c] : row[index * channels + c];
+            *to++ = index < 0 ? T(test::Run<const T>(value)[c]) : row[index * channels + c];
     }
 }
 
@@ -119,8 +116,8 @@ void filterRows(const T *src, int srcStep, Out *const *rows, NoxiSize roi, int c
         for (int i = 0; i < roi.width * channels; ++i) {
             Sum sum;
             for (int j = 0; j < kernelSize; ++j)
-                sum.add(line[i + j * channels], kernel[j]);
-            rows[y][i] = store(sum.result());
+                sum.add(line[i + j * channels], test::Run<const Tap>(kernel)[j]);
+            test::Run<Out>{rows[y]}[i] = store(sum.result());
         }
     }
 }
@@ -132,7 +129,7 @@ void filterColumns(const T *const *rows, Out *dst, int dstStep, int width, int h
         for (int i = 0; i < width; ++i) {
             Sum sum;
             for (int j = 0; j < kernelSize; ++j)
-                sum.add(rows[y + j][i], kernel[j]);
+                sum.add(test::Run<const T>(rows[y + j])[i], test::Run<const Tap>(kernel)[j]);
             rowOf(dst, dstStep, y)[i] = store(sum.result());
         }
 }
@@ -145,4 +142,4 @@ inline std::vector<Nox32f> foldedTaps(const Nox16s *kernel, int kernelSize, int 
     return taps;
 }
 
-} // namespace reference
+} // namespace reference::separable

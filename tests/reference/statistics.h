@@ -9,8 +9,9 @@
 
 #include "noxcore.h"
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::statistics {
 
 /// One channel of an image.
 template <class T>
@@ -18,10 +19,7 @@ struct Channel {
     const T *data;
     int step, channels, channel;
 
-    T operator()(int x, int y) const {
-        return reinterpret_cast<const T *>(reinterpret_cast<const char *>(data) +
-                                           std::ptrdiff_t(y) * step)[x * channels + channel];
-    }
+    T operator()(int x, int y) const { return test::rowAt(data, step, y)[x * channels + channel]; }
 };
 
 /// A mask; without data every pixel is on.
@@ -167,4 +165,4 @@ Extrema extrema(Channel<T> a, Mask mask, NoxiSize size) {
     return result;
 }
 
-} // namespace reference
+} // namespace reference::statistics

@@ -7,13 +7,13 @@
 #include <type_traits>
 
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::subpix {
 
 template <class T>
-T &subpixAt(T *base, int step, int x, int y) {
-    using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
-    return reinterpret_cast<T *>(reinterpret_cast<Byte *>(base) + static_cast<std::ptrdiff_t>(y) * step)[x];
+auto subpixAt(T *base, int step, int x, int y) {
+    return test::rowAt(base, step, y)[x];
 }
 
 inline float subpixFraction(float value) {
@@ -171,4 +171,4 @@ void cutSubpix(const S *src, int srcStep, NoxiSize srcRoi, D *dst, int dstStep, 
         }
 }
 
-} // namespace reference
+} // namespace reference::subpix

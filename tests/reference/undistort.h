@@ -4,8 +4,9 @@
 #include <type_traits>
 
 #include "noxtypes.h"
+#include "support/element.h"
 
-namespace reference {
+namespace reference::undistort {
 
 struct Lens {
     float fx, fy, cx, cy, k1, k2, p1 = 0, p2 = 0;
@@ -29,9 +30,8 @@ inline NoxiPoint32f tangentialPlace(int x, int y, const Lens &lens) {
 }
 
 template <class T>
-T *undistortRow(T *base, int step, int y) {
-    using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
-    return reinterpret_cast<T *>(reinterpret_cast<Byte *>(base) + static_cast<std::ptrdiff_t>(y) * step);
+test::Run<T> undistortRow(T *base, int step, int y) {
+    return test::rowAt(base, step, y);
 }
 
 template <class T>
@@ -43,12 +43,12 @@ void undistortRadial(const T *src, int srcStep, T *dst, int dstStep, NoxiSize ro
                 continue;
             const int ix = int(place.x), iy = int(place.y);
             const float a = place.x - float(ix), b = place.y - float(iy);
-            const T *p = undistortRow(src, srcStep, iy) + ix * channels,
-                    *q = undistortRow(src, srcStep, iy + 1) + ix * channels;
+            const auto p = undistortRow(src, srcStep, iy) + ix * channels,
+                       q = undistortRow(src, srcStep, iy + 1) + ix * channels;
             for (int c = 0; c < channels; ++c) {
                 const float sum = a * b * float(q[channels + c]) + b * (1 - a) * float(q[c]) +
                                   (1 - a) * (1 - b) * float(p[c]) + a * (1 - b) * float(p[channels + c]);
-                T &d = undistortRow(dst, dstStep, y)[x * channels + c];
+                const auto d = undistortRow(dst, dstStep, y)[x * channels + c];
                 if constexpr (std::is_floating_point_v<T>)
                     d = sum;
                 else
@@ -67,4 +67,4 @@ inline void createMaps(float *xMap, int xMapStep, float *yMap, int yMapStep, Nox
         }
 }
 
-} // namespace reference
+} // namespace reference::undistort

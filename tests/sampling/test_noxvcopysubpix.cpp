@@ -45,7 +45,7 @@ template <class Member>
                                   float dy, int scaleFactor = 0) {
     using D = typename Member::D;
     Image<D> actual(roi.width, roi.height, 1, dstPadding), expected(actual);
-    reference::copySubpix(src.data(), src.step(), expected.data(), expected.step(), roi, dx, dy, scaleFactor);
+    reference::subpix::copySubpix(src.data(), src.step(), expected.data(), expected.step(), roi, dx, dy, scaleFactor);
     const NoxStatus status =
         Member::call(src.data(), src.step(), actual.data(), actual.step(), roi, dx, dy, scaleFactor);
     if (status != noxStsNoError)
@@ -119,7 +119,7 @@ TYPED_TEST(CopySubpix, TakesPixelsAtAnyAddress) {
     const NoxiSize size = {37, 3};
     const Image<S> src = source<S>(size, 0, random);
     Image<D> expected(size.width, size.height);
-    reference::copySubpix(src.data(), src.step(), expected.data(), expected.step(), size, 0.3F, 0.8F, -7);
+    reference::subpix::copySubpix(src.data(), src.step(), expected.data(), expected.step(), size, 0.3F, 0.8F, -7);
     for (int offset = 1; offset < 4; ++offset) {
         const std::size_t srcBytes = std::size_t(src.step()) * src.height(),
                           dstBytes = std::size_t(expected.step()) * size.height;

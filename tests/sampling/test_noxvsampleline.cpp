@@ -40,7 +40,7 @@ TYPED_TEST_SUITE(SampleLine, Members);
 template <class M>
 ::testing::AssertionResult agrees(const Image<typename M::T> &image, NoxiPoint pt1, NoxiPoint pt2, int shift = 0) {
     using T = typename M::T;
-    const std::vector<NoxiPoint> pixels = reference::linePixels(pt1, pt2);
+    const std::vector<NoxiPoint> pixels = reference::sampleline::linePixels(pt1, pt2);
     test::Vector<T> actual(int(pixels.size()) * M::channels, shift), expected(actual);
     for (std::size_t i = 0; i < pixels.size(); ++i)
         for (int c = 0; c < M::channels; ++c)

@@ -54,8 +54,8 @@ template <class Member>
     actual.fill(D(99));
     Image<D> expected(actual);
     NoxiPoint min{-5, -5}, max{-5, -5}, expectedMin{}, expectedMax{};
-    reference::cutSubpix(src.data(), src.step(), src.roi(), expected.data(), expected.step(), patch, point,
-                         &expectedMin, &expectedMax, scaleFactor, Member::inner);
+    reference::subpix::cutSubpix(src.data(), src.step(), src.roi(), expected.data(), expected.step(), patch, point,
+                                 &expectedMin, &expectedMax, scaleFactor, Member::inner);
     const NoxStatus status = Member::call(src.data(), src.step(), src.roi(), actual.data(), actual.step(), patch, point,
                                           &min, &max, scaleFactor);
     const auto where = [&](::testing::AssertionResult result) {
@@ -144,8 +144,8 @@ TYPED_TEST(Subpix, TakesPixelsAtAnyAddress) {
     const NoxiPoint32f point = {14.3F, 9.8F};
     NoxiPoint min{}, max{};
     Image<D> expected(patch.width, patch.height);
-    reference::cutSubpix(src.data(), src.step(), src.roi(), expected.data(), expected.step(), patch, point, &min, &max,
-                         -7);
+    reference::subpix::cutSubpix(src.data(), src.step(), src.roi(), expected.data(), expected.step(), patch, point,
+                                 &min, &max, -7);
     for (int offset = 1; offset < 4; ++offset) {
         const std::size_t srcBytes = std::size_t(src.step()) * src.height(),
                           dstBytes = std::size_t(expected.step()) * patch.height;

@@ -5,7 +5,7 @@
 #include "reference/undistort.h"
 #include "support/image.h"
 
-using reference::Lens;
+using reference::undistort::Lens;
 using test::Image;
 
 namespace {
@@ -69,7 +69,8 @@ template <class M>
     test::Random random(77);
     test::randomize(expected, random); // what was there shows through
     Image<T> without(expected), with(expected);
-    reference::undistortRadial(src.data(), src.step(), expected.data(), expected.step(), src.roi(), M::channels, lens);
+    reference::undistort::undistortRadial(src.data(), src.step(), expected.data(), expected.step(), src.roi(),
+                                          M::channels, lens);
     int size = 0;
     noxiUndistortGetSize(src.roi(), &size);
     const test::ShiftedBuffer buffer(size, shift);
@@ -123,8 +124,8 @@ TYPED_TEST(Undistort, TakesPixelsAtAnyAddress) {
         std::memcpy(from.data(), src.data(), bytes);
         std::memcpy(to.data(), expected.data(), bytes);
         Image<T> result(expected);
-        reference::undistortRadial(src.data(), src.step(), result.data(), result.step(), size, TypeParam::channels,
-                                   lens);
+        reference::undistort::undistortRadial(src.data(), src.step(), result.data(), result.step(), size,
+                                              TypeParam::channels, lens);
         ASSERT_EQ(TypeParam::call(reinterpret_cast<const T *>(from.data()), src.step(),
                                   reinterpret_cast<T *>(to.data()), src.step(), size, lens, nullptr),
                   noxStsNoError);
@@ -197,8 +198,8 @@ TEST(UndistortMaps, EqualReferenceOnAllSizes) {
                     lens.p2 = p2;
                     Image<Nox32f> x(size.width, size.height, 1, padding), y(size.width, size.height, 1, padding * 3),
                         expectedX(x), expectedY(y), bufferedX(x), bufferedY(y);
-                    reference::createMaps(expectedX.data(), expectedX.step(), expectedY.data(), expectedY.step(), size,
-                                          lens);
+                    reference::undistort::createMaps(expectedX.data(), expectedX.step(), expectedY.data(),
+                                                     expectedY.step(), size, lens);
                     int bytes = 0;
                     noxiUndistortGetSize(size, &bytes);
                     const test::ShiftedBuffer buffer(bytes, ++shift % 33);

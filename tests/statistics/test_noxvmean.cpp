@@ -71,9 +71,9 @@ template <class T>
     double expectedMean = -1, expectedDeviation = -1;
     Nox64f mean = -1, deviation = -1;
     const int slices = member.slices(mask.roi());
-    reference::meanAndDeviation<T>({a.data(), a.step(), member.channels, coi - 1},
-                                   {member.masked ? mask.data() : nullptr, mask.step()}, mask.roi(), slices,
-                                   &expectedMean, &expectedDeviation);
+    reference::statistics::meanAndDeviation<T>({a.data(), a.step(), member.channels, coi - 1},
+                                               {member.masked ? mask.data() : nullptr, mask.step()}, mask.roi(), slices,
+                                               &expectedMean, &expectedDeviation);
     const NoxStatus status =
         member.call(a.data(), a.step(), mask.data(), mask.step(), mask.roi(), coi, &mean, &deviation);
     if (!member.deviates)
@@ -340,8 +340,8 @@ TEST(Mean16uFull, WideRowsAreExact) {
     a.generate([](int x, int, int) { return x == 77 ? 1 : 65535; });
     const Image<Nox8u> mask(test::flatMask(size, 1));
     double expectedMean = 0, expectedDeviation = 0;
-    reference::meanAndDeviation<Nox16u>({a.data(), a.step(), 1, 0}, {nullptr, 0}, size, 1, &expectedMean,
-                                        &expectedDeviation);
+    reference::statistics::meanAndDeviation<Nox16u>({a.data(), a.step(), 1, 0}, {nullptr, 0}, size, 1, &expectedMean,
+                                                    &expectedDeviation);
     Nox64f mean = 0, deviation = 0;
     noxiMean_StdDev_16u_C1R(a.data(), a.step(), size, &mean, &deviation);
     EXPECT_EQ(mean, expectedMean);

@@ -10,7 +10,7 @@
 #include "support/masks.h"
 #include "support/threads.h"
 
-using reference::Extrema;
+using reference::statistics::Extrema;
 using test::Image;
 
 namespace {
@@ -78,8 +78,8 @@ template <class T>
 ::testing::AssertionResult equalsReference(const Member<T> &member, const Image<T> &a, const Image<Nox8u> &mask,
                                            int coi) {
     return same(extremaOf(member, a, mask, coi),
-                reference::extrema<T>({a.data(), a.step(), member.channels, coi - 1},
-                                      {member.masked ? mask.data() : nullptr, mask.step()}, mask.roi()))
+                reference::statistics::extrema<T>({a.data(), a.step(), member.channels, coi - 1},
+                                                  {member.masked ? mask.data() : nullptr, mask.step()}, mask.roi()))
            << member.name << " of " << mask.width() << "x" << mask.height() << ", channel " << coi;
 }
 

@@ -10,8 +10,8 @@
 #include "support/masks.h"
 #include "support/threads.h"
 
-using reference::Form;
-using reference::Norm;
+using reference::statistics::Form;
+using reference::statistics::Norm;
 using test::Image;
 
 namespace {
@@ -129,7 +129,7 @@ template <class T>
     double expected = -1;
     Nox64f actual = -1;
     const int slices = member.slices(mask.roi());
-    const NoxStatus expectedStatus = reference::norm<T>(
+    const NoxStatus expectedStatus = reference::statistics::norm<T>(
         member.form, member.norm, {a.data(), a.step(), member.channels, coi - 1},
         {b.data(), b.step(), member.channels, coi - 1}, {mask.data(), mask.step()}, mask.roi(), slices, &expected);
     const NoxStatus status =
@@ -183,8 +183,8 @@ TYPED_TEST(MaskedNorm, TakesAnyAddress) {
             const Nox8u *on = mask.data() + offset;
             double expected = 0;
             Nox64f actual = -1;
-            reference::norm<T>(member.form, member.norm, {pixels, step, member.channels, 0},
-                               {pixels, step, member.channels, 0}, {on, 64}, size, 1, &expected);
+            reference::statistics::norm<T>(member.form, member.norm, {pixels, step, member.channels, 0},
+                                           {pixels, step, member.channels, 0}, {on, 64}, size, 1, &expected);
             member.call(pixels, step, pixels, step, on, 64, size, 1, &actual);
             ASSERT_TRUE(test::sameElement(actual, expected)) << member.name << ": " << actual << ", " << expected;
         }

@@ -23,13 +23,13 @@ public:
 
     T *data() const { return reinterpret_cast<T *>(bytes_.data() + front); }
     int length() const { return length_; }
-    T &operator[](int i) const { return data()[i]; }
+    Ref<T> operator[](int i) const { return Run<T>(data())[i]; }
 
     /// Sets each element to produce(i).
     template <class Produce>
     Vector &generate(Produce produce) {
         for (int i = 0; i < length_; ++i)
-            data()[i] = static_cast<T>(produce(i));
+            (*this)[i] = static_cast<T>(produce(i));
         return *this;
     }
 
@@ -52,9 +52,9 @@ private:
 template <class T>
 ::testing::AssertionResult sameVector(const Vector<T> &actual, const Vector<T> &expected) {
     for (int i = 0; i < expected.length(); ++i)
-        if (!sameElement(actual[i], expected[i]))
-            return ::testing::AssertionFailure() << "element " << i << " of " << expected.length() << ": " << +actual[i]
-                                                 << ", expected " << +expected[i];
+        if (!sameElement<T>(actual[i], expected[i]))
+            return ::testing::AssertionFailure() << "element " << i << " of " << expected.length() << ": "
+                                                 << +T(actual[i]) << ", expected " << +T(expected[i]);
     if (!actual.gapsIntact())
         return ::testing::AssertionFailure() << "bytes around the vector were written";
     return ::testing::AssertionSuccess();

@@ -68,53 +68,51 @@ NoxStatus plainSum(const T *src1, int src1Step, const T *src2, int src2Step, Nox
 } // namespace
 
 // One line per pair of members, plain and masked. An operation on one image passes it twice.
-#define NOX_ADD_PLAIN(NAME, TERM, TAG)                                                                                 \
-    NoxStatus noxi##NAME##_C1IR(const Nox##TAG *src, int srcStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi) {      \
+#define NOX_ADD_PLAIN(FUNCTION, TERM, TAG)                                                                             \
+    NoxStatus FUNCTION(const Nox##TAG *src, int srcStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi) {               \
         return plainSum<Nox##TAG, Term::TERM>(src, srcStep, src, srcStep, srcDst, srcDstStep, roi);                    \
     }
-#define NOX_ADD_MASKED(NAME, TERM, TAG)                                                                                \
-    NoxStatus noxi##NAME##_C1IMR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, Nox32f *srcDst,    \
-                                 int srcDstStep, NoxiSize roi) {                                                       \
+#define NOX_ADD_MASKED(FUNCTION, TERM, TAG)                                                                            \
+    NoxStatus FUNCTION(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, Nox32f *srcDst,              \
+                       int srcDstStep, NoxiSize roi) {                                                                 \
         return maskedSum<Nox##TAG, Term::TERM>(src, srcStep, src, srcStep, mask, maskStep, srcDst, srcDstStep, roi);   \
     }
-#define NOX_ADD(NAME, TERM, TAG)                                                                                       \
-    NOX_ADD_PLAIN(NAME, TERM, TAG)                                                                                     \
-    NOX_ADD_MASKED(NAME, TERM, TAG)
-#define NOX_ADD_PRODUCT(TAGS, TAG)                                                                                     \
-    NoxStatus noxiAddProduct_##TAGS##_C1IR(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2, int src2Step,     \
-                                           Nox32f *srcDst, int srcDstStep, NoxiSize roi) {                             \
+#define NOX_ADD(FUNCTION, MASKED_FUNCTION, TERM, TAG)                                                                  \
+    NOX_ADD_PLAIN(FUNCTION, TERM, TAG)                                                                                 \
+    NOX_ADD_MASKED(MASKED_FUNCTION, TERM, TAG)
+#define NOX_ADD_PRODUCT(FUNCTION, MASKED_FUNCTION, TAG)                                                                \
+    NoxStatus FUNCTION(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2, int src2Step, Nox32f *srcDst,         \
+                       int srcDstStep, NoxiSize roi) {                                                                 \
         return plainSum<Nox##TAG, Term::Product>(src1, src1Step, src2, src2Step, srcDst, srcDstStep, roi);             \
     }                                                                                                                  \
-    NoxStatus noxiAddProduct_##TAGS##_C1IMR(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2, int src2Step,    \
-                                            const Nox8u *mask, int maskStep, Nox32f *srcDst, int srcDstStep,           \
-                                            NoxiSize roi) {                                                            \
+    NoxStatus MASKED_FUNCTION(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2, int src2Step,                  \
+                              const Nox8u *mask, int maskStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi) {         \
         return maskedSum<Nox##TAG, Term::Product>(src1, src1Step, src2, src2Step, mask, maskStep, srcDst, srcDstStep,  \
                                                   roi);                                                                \
     }
-#define NOX_ADD_WEIGHTED(TAGS, TAG)                                                                                    \
-    NoxStatus noxiAddWeighted_##TAGS##_C1IR(const Nox##TAG *src, int srcStep, Nox32f *srcDst, int srcDstStep,          \
-                                            NoxiSize roi, Nox32f alpha) {                                              \
+#define NOX_ADD_WEIGHTED(FUNCTION, MASKED_FUNCTION, TAG)                                                               \
+    NoxStatus FUNCTION(const Nox##TAG *src, int srcStep, Nox32f *srcDst, int srcDstStep, NoxiSize roi, Nox32f alpha) { \
         return plainSum<Nox##TAG, Term::Weighted>(src, srcStep, src, srcStep, srcDst, srcDstStep, roi, alpha);         \
     }                                                                                                                  \
-    NoxStatus noxiAddWeighted_##TAGS##_C1IMR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep,        \
-                                             Nox32f *srcDst, int srcDstStep, NoxiSize roi, Nox32f alpha) {             \
+    NoxStatus MASKED_FUNCTION(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, Nox32f *srcDst,       \
+                              int srcDstStep, NoxiSize roi, Nox32f alpha) {                                            \
         return maskedSum<Nox##TAG, Term::Weighted>(src, srcStep, src, srcStep, mask, maskStep, srcDst, srcDstStep,     \
                                                    roi, alpha);                                                        \
     }
 
-NOX_ADD(Add_8u32f, Source, 8u)
-NOX_ADD(Add_8s32f, Source, 8s)
-NOX_ADD(Add_16u32f, Source, 16u)
-NOX_ADD_MASKED(Add_32f, Source, 32f)
-NOX_ADD(AddSquare_8u32f, Square, 8u)
-NOX_ADD(AddSquare_8s32f, Square, 8s)
-NOX_ADD(AddSquare_16u32f, Square, 16u)
-NOX_ADD(AddSquare_32f, Square, 32f)
-NOX_ADD_PRODUCT(8u32f, 8u)
-NOX_ADD_PRODUCT(8s32f, 8s)
-NOX_ADD_PRODUCT(16u32f, 16u)
-NOX_ADD_PRODUCT(32f, 32f)
-NOX_ADD_WEIGHTED(8u32f, 8u)
-NOX_ADD_WEIGHTED(8s32f, 8s)
-NOX_ADD_WEIGHTED(16u32f, 16u)
-NOX_ADD_WEIGHTED(32f, 32f)
+NOX_ADD(noxiAdd_8u32f_C1IR, noxiAdd_8u32f_C1IMR, Source, 8u)
+NOX_ADD(noxiAdd_8s32f_C1IR, noxiAdd_8s32f_C1IMR, Source, 8s)
+NOX_ADD(noxiAdd_16u32f_C1IR, noxiAdd_16u32f_C1IMR, Source, 16u)
+NOX_ADD_MASKED(noxiAdd_32f_C1IMR, Source, 32f)
+NOX_ADD(noxiAddSquare_8u32f_C1IR, noxiAddSquare_8u32f_C1IMR, Square, 8u)
+NOX_ADD(noxiAddSquare_8s32f_C1IR, noxiAddSquare_8s32f_C1IMR, Square, 8s)
+NOX_ADD(noxiAddSquare_16u32f_C1IR, noxiAddSquare_16u32f_C1IMR, Square, 16u)
+NOX_ADD(noxiAddSquare_32f_C1IR, noxiAddSquare_32f_C1IMR, Square, 32f)
+NOX_ADD_PRODUCT(noxiAddProduct_8u32f_C1IR, noxiAddProduct_8u32f_C1IMR, 8u)
+NOX_ADD_PRODUCT(noxiAddProduct_8s32f_C1IR, noxiAddProduct_8s32f_C1IMR, 8s)
+NOX_ADD_PRODUCT(noxiAddProduct_16u32f_C1IR, noxiAddProduct_16u32f_C1IMR, 16u)
+NOX_ADD_PRODUCT(noxiAddProduct_32f_C1IR, noxiAddProduct_32f_C1IMR, 32f)
+NOX_ADD_WEIGHTED(noxiAddWeighted_8u32f_C1IR, noxiAddWeighted_8u32f_C1IMR, 8u)
+NOX_ADD_WEIGHTED(noxiAddWeighted_8s32f_C1IR, noxiAddWeighted_8s32f_C1IMR, 8s)
+NOX_ADD_WEIGHTED(noxiAddWeighted_16u32f_C1IR, noxiAddWeighted_16u32f_C1IMR, 16u)
+NOX_ADD_WEIGHTED(noxiAddWeighted_32f_C1IR, noxiAddWeighted_32f_C1IMR, 32f)

@@ -6,6 +6,7 @@
 
 #include "checks.h"
 #include "noxcv/accumulate.h"
+#include "rows.h"
 #include "tiers.h"
 
 namespace {
@@ -44,12 +45,12 @@ NOX_TIERS void arctan(const Nox32f *y, const Nox32f *x, Nox32f *dst, int length)
         return;
     alignas(16) Nox32f lastY[group] = {1, 1, 1, 1}, lastX[group] = {1, 1, 1, 1}, last[group];
     for (int j = i; j < length; ++j) {
-        lastY[j - i] = y[j];
-        lastX[j - i] = x[j];
+        lastY[j - i] = nox::elements(y)[j];
+        lastX[j - i] = nox::elements(x)[j];
     }
     _mm_store_ps(last, degrees(_mm_load_ps(lastY), _mm_load_ps(lastX)));
     for (int j = i; j < length; ++j)
-        dst[j] = last[j - i];
+        nox::elements(dst)[j] = last[j - i];
 }
 
 } // namespace

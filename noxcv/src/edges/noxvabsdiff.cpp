@@ -13,8 +13,8 @@ namespace {
 template <class T>
 NOX_INLINE void absDiffRows(Rows<const T> src1, Rows<const T> src2, Rows<T> dst, int width, int height) {
     for (int y = 0; y < height; ++y) {
-        const T *a = src1[y], *b = src2[y];
-        T *d = dst[y];
+        const Element<T> *a = src1[y], *b = src2[y];
+        Element<T> *d = dst[y];
         for (int x = 0; x < width; ++x)
             d[x] = absoluteDifference(a[x], b[x]);
     }
@@ -23,8 +23,8 @@ NOX_INLINE void absDiffRows(Rows<const T> src1, Rows<const T> src2, Rows<T> dst,
 template <class T>
 NOX_INLINE void absDiffConstantRows(Rows<const T> src, Rows<T> dst, int width, int height, T value) {
     for (int y = 0; y < height; ++y) {
-        const T *a = src[y];
-        T *d = dst[y];
+        const Element<T> *a = src[y];
+        Element<T> *d = dst[y];
         for (int x = 0; x < width; ++x)
             d[x] = absoluteDifference(a[x], value);
     }
@@ -47,35 +47,34 @@ NoxStatus checkAbsDiffC(const T *src, int srcStep, const T *dst, int dstStep, No
 } // namespace
 
 // One line per member: the kernel compiled for each tier, and the entry that checks and calls it.
-#define NOX_ABSDIFF(TYPE, TAG, KERNEL)                                                                                 \
+#define NOX_ABSDIFF(FUNCTION, TYPE, KERNEL)                                                                            \
     NOX_TIERS void KERNEL(const TYPE *src1, int src1Step, const TYPE *src2, int src2Step, TYPE *dst, int dstStep,      \
                           int width, int height) {                                                                     \
         absDiffRows<TYPE>({src1, src1Step}, {src2, src2Step}, {dst, dstStep}, width, height);                          \
     }                                                                                                                  \
-    NoxStatus noxiAbsDiff_##TAG##_C1R(const TYPE *src1, int src1Step, const TYPE *src2, int src2Step, TYPE *dst,       \
-                                      int dstStep, NoxiSize roi) {                                                     \
+    NoxStatus FUNCTION(const TYPE *src1, int src1Step, const TYPE *src2, int src2Step, TYPE *dst, int dstStep,         \
+                       NoxiSize roi) {                                                                                 \
         const NoxStatus status = checkAbsDiff(src1, src1Step, src2, src2Step, dst, dstStep, roi);                      \
         if (status == noxStsNoError)                                                                                   \
             KERNEL(src1, src1Step, src2, src2Step, dst, dstStep, roi.width, roi.height);                               \
         return status;                                                                                                 \
     }
 
-#define NOX_ABSDIFFC(TYPE, TAG, VALUE, CONVERT, KERNEL)                                                                \
+#define NOX_ABSDIFFC(FUNCTION, TYPE, VALUE, CONVERT, KERNEL)                                                           \
     NOX_TIERS void KERNEL(const TYPE *src, int srcStep, TYPE *dst, int dstStep, int width, int height, TYPE value) {   \
         absDiffConstantRows<TYPE>({src, srcStep}, {dst, dstStep}, width, height, value);                               \
     }                                                                                                                  \
-    NoxStatus noxiAbsDiffC_##TAG##_C1R(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi,             \
-                                       VALUE value) {                                                                  \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, VALUE value) {              \
         const NoxStatus status = checkAbsDiffC(src, srcStep, dst, dstStep, roi);                                       \
         if (status == noxStsNoError)                                                                                   \
             KERNEL(src, srcStep, dst, dstStep, roi.width, roi.height, CONVERT(value));                                 \
         return status;                                                                                                 \
     }
 
-NOX_ABSDIFF(Nox8u, 8u, ownAbsDiff_8u_C1R_A6)
-NOX_ABSDIFF(Nox16u, 16u, ownAbsDiff_16u_C1R)
-NOX_ABSDIFF(Nox32f, 32f, ownAbsDiff_32f_C1R_A6)
+NOX_ABSDIFF(noxiAbsDiff_8u_C1R, Nox8u, ownAbsDiff_8u_C1R_A6)
+NOX_ABSDIFF(noxiAbsDiff_16u_C1R, Nox16u, ownAbsDiff_16u_C1R)
+NOX_ABSDIFF(noxiAbsDiff_32f_C1R, Nox32f, ownAbsDiff_32f_C1R_A6)
 
-NOX_ABSDIFFC(Nox8u, 8u, int, saturate<Nox8u>, ownAbsDiffC_8u_C1R_A6)
-NOX_ABSDIFFC(Nox16u, 16u, int, saturate<Nox16u>, ownAbsDiffC_16u_C1R)
-NOX_ABSDIFFC(Nox32f, 32f, Nox32f, static_cast<Nox32f>, ownAbsDiffC_32f_C1R_A6)
+NOX_ABSDIFFC(noxiAbsDiffC_8u_C1R, Nox8u, int, saturate<Nox8u>, ownAbsDiffC_8u_C1R_A6)
+NOX_ABSDIFFC(noxiAbsDiffC_16u_C1R, Nox16u, int, saturate<Nox16u>, ownAbsDiffC_16u_C1R)
+NOX_ABSDIFFC(noxiAbsDiffC_32f_C1R, Nox32f, Nox32f, static_cast<Nox32f>, ownAbsDiffC_32f_C1R_A6)

@@ -9,11 +9,14 @@
 
 #include <algorithm>
 #include <bit>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
 
 #include "checks.h"
+#include "frame/noxvrowring.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/edges.h"
 #include "numerics.h"
 #include "rows.h"
@@ -34,7 +37,8 @@ using Magnitude = std::conditional_t<std::is_same_v<T, Nox16s>, Nox32s, Nox32f>;
 
 /// The L1 magnitudes of a row; those that are not above the lower threshold are 0.
 template <class T>
-NOX_INLINE void magnitudeRow(const T *dx, const T *dy, Magnitude<T> *magnitude, int width, Magnitude<T> low) {
+NOX_INLINE void magnitudeRow(const Element<T> *dx, const Element<T> *dy, Magnitude<T> *magnitude, int width,
+                             Magnitude<T> low) {
     for (int x = 0; x < width; ++x) {
         const Magnitude<T> sum = absolute<Magnitude<T>>(dx[x]) + absolute<Magnitude<T>>(dy[x]);
         magnitude[x] = sum > low ? sum : Magnitude<T>(0);
@@ -63,8 +67,8 @@ constexpr int runLength = 64;
 /// it along the gradient and above the one after it, or equal to that in the two axial directions. The codes are formed
 /// as wide as the magnitudes and narrowed in a loop of their own: few registers hold one vector of everything.
 template <class Product, class T, class M>
-NOX_INLINE void thinRun(const T *dx, const T *dy, const M *above, const M *row, const M *below, Nox8u *map, int count,
-                        Nox32f high) {
+NOX_INLINE void thinRun(const Element<T> *dx, const Element<T> *dy, const M *above, const M *row, const M *below,
+                        Nox8u *map, int count, Nox32f high) {
     Nox32s codes[runLength];
     for (int x = 0; x < count; ++x) {
         const Nox32f ax = absolute<Nox32f>(dx[x]), ay = absolute<Nox32f>(dy[x]);
@@ -87,10 +91,10 @@ NOX_INLINE void thinRun(const T *dx, const T *dy, const M *above, const M *row, 
 }
 
 NOX_TIERS void magnitudes(const Nox16s *dx, const Nox16s *dy, Nox32s *row, int width, Nox32s low) {
-    magnitudeRow(dx, dy, row, width, low);
+    magnitudeRow<Nox16s>(dx, dy, row, width, low);
 }
 NOX_TIERS void magnitudes(const Nox32f *dx, const Nox32f *dy, Nox32f *row, int width, Nox32f low) {
-    magnitudeRow(dx, dy, row, width, low);
+    magnitudeRow<Nox32f>(dx, dy, row, width, low);
 }
 
 /// All bits of the magnitudes of a run: they are not negative, so 0 tells that none is above the lower threshold, and
@@ -112,11 +116,11 @@ NOX_INLINE void thinRowRuns(const T *dx, const T *dy, const M *above, const M *r
         if (bits == 0)
             std::memset(map + x, 0, runLength);
         else if (std::is_integral_v<M> && bits <= NarrowProduct::limit)
-            thinRun<NarrowProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
+            thinRun<NarrowProduct, T>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
         else
-            thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
+            thinRun<ExactProduct, T>(dx + x, dy + x, above + x, row + x, below + x, map + x, runLength, high);
     }
-    thinRun<ExactProduct>(dx + x, dy + x, above + x, row + x, below + x, map + x, width - x, high);
+    thinRun<ExactProduct, T>(dx + x, dy + x, above + x, row + x, below + x, map + x, width - x, high);
 }
 NOX_TIERS void thinRow(const Nox16s *dx, const Nox16s *dy, const Nox32s *above, const Nox32s *row, const Nox32s *below,
                        Nox8u *map, int width, Nox32f high) {
@@ -130,7 +134,7 @@ NOX_TIERS void thinRow(const Nox32f *dx, const Nox32f *dy, const Nox32f *above, 
 /// The stack of (row, column) pairs.
 template <class Entry>
 struct Stack {
-    Entry *top;
+    Element<Entry> *top;
 
     void push(int y, int x) {
         top[0] = static_cast<Entry>(y);
@@ -182,14 +186,14 @@ struct Workspace {
     }
     Nox8u *mapRow(int y) const { return map + std::size_t(y + 1) * pitch + 1; }
     /// Pixel 0 of the ring row that holds image row y; row -1 is ring row 0.
-    M *ringRow(int y) const { return ring + std::size_t((y + 1) % ringRows) * pitch + 1; }
+    M *ringRow(int y) const { return RowRing<M>(ring, ringRows, pitch, 1)[y + 1]; }
     void *stack() const { return ring + std::size_t(ringRows) * pitch; }
 };
 
 /// Pops the last pair and pushes its unmarked candidate neighbours, until the stack is empty. The map's border of zero
 /// keeps the walk inside the image.
 template <class Entry>
-void grow(const Nox8u *map, Entry *stack, int count, int width, Nox8u *dst, int dstStep) {
+void grow(const Nox8u *map, Element<Entry> *stack, int count, int width, Nox8u *dst, int dstStep) {
     const Rows<Nox8u> edges{dst, dstStep};
     const std::ptrdiff_t pitch = width + 2;
     Stack<Entry> pending{stack + std::ptrdiff_t(count) * 2};
@@ -200,10 +204,10 @@ void grow(const Nox8u *map, Entry *stack, int count, int width, Nox8u *dst, int 
             const Nox8u *near = map + (ny + 1) * pitch + x;
             if ((near[0] | near[1] | near[2]) < candidate)
                 continue;
-            Nox8u *edgeRow = edges[ny] + x - 1;
+            Nox8u *edgeRow = edges[ny];
             for (int i = 0; i < 3; ++i)
-                if (near[i] >= candidate && edgeRow[i] == 0) {
-                    edgeRow[i] = edge;
+                if (near[i] >= candidate && edgeRow[x - 1 + i] == 0) {
+                    edgeRow[x - 1 + i] = edge;
                     pending.push(ny, x - 1 + i);
                 }
         }
@@ -239,6 +243,18 @@ void detect(Rows<const T> dx, Rows<const T> dy, Nox8u *dst, int dstStep, NoxiSiz
     hysteresis(work.map, bottom, static_cast<int>((stack.top - bottom) / 2), roi, dst, dstStep);
 }
 
+bool isWide(NoxiSize roi) { return roi.width >= wideSide || roi.height >= wideSide; }
+
+/// Bytes of the buffer, modulo 2^64.
+std::uint64_t bufferBytes(NoxiSize roi) {
+    const std::uint64_t w = roi.width, h = roi.height, base = (4 * w + 24) * 4 + 64;
+    return isWide(roi) ? 9 * (h + 2) * (w + 2) + base : (5 * h + 10) * (w + 2) + base;
+}
+
+NoxStatus checkBuffer(NoxiSize roi) {
+    return area(roi) > INT_MAX ? noxStsBadSize : checkBufferBytes(static_cast<long long>(bufferBytes(roi)));
+}
+
 /// The lower threshold in the magnitude's type: truncated for integers, whose sums are at most 65536.
 template <class M>
 M lowerThreshold(Nox32f low) {
@@ -255,11 +271,10 @@ NoxStatus canny(const T *srcDx, int srcDxStep, const T *srcDy, int srcDyStep, No
         firstFailure(checkPointers(srcDx, srcDy, dst, buffer), checkSize(roi), checkStep<T>(srcDxStep, roi.width),
                      checkStep<T>(srcDyStep, roi.width), checkStep<Nox8u>(dstStep, roi.width),
                      checkEvenSteps<T>(srcDxStep, srcDyStep),
-                     require(lowThreshold >= 0 && highThreshold >= lowThreshold, noxStsBadArgument));
+                     require(lowThreshold >= 0 && highThreshold >= lowThreshold, noxStsBadArgument), checkBuffer(roi));
     if (status != noxStsNoError)
         return status;
-    const bool wide = roi.width >= wideSide || roi.height >= wideSide;
-    const auto run = wide ? detect<T, Nox32s> : detect<T, Nox16u>;
+    const auto run = isWide(roi) ? detect<T, Nox32s> : detect<T, Nox16u>;
     run({srcDx, srcDxStep}, {srcDy, srcDyStep}, dst, dstStep, roi, lowerThreshold<Magnitude<T>>(lowThreshold),
         highThreshold, buffer);
     return noxStsNoError;
@@ -269,12 +284,12 @@ NoxStatus canny(const T *srcDx, int srcDxStep, const T *srcDy, int srcDyStep, No
 
 void ownHysteresisThresholding_16u(const Nox8u *map, Nox16u *stack, int count, int width, int /*height*/, Nox8u *dst,
                                    int dstStep) {
-    grow(map, stack, count, width, dst, dstStep);
+    grow<Nox16u>(map, stack, count, width, dst, dstStep);
 }
 
 void ownHysteresisThresholding_32s(const Nox8u *map, Nox32s *stack, int count, int width, int /*height*/, Nox8u *dst,
                                    int dstStep) {
-    grow(map, stack, count, width, dst, dstStep);
+    grow<Nox32s>(map, stack, count, width, dst, dstStep);
 }
 
 NoxStatus noxiCanny_16s8u_C1R(const Nox16s *srcDx, int srcDxStep, const Nox16s *srcDy, int srcDyStep, Nox8u *dst,
@@ -291,10 +306,7 @@ NoxStatus noxiCannyGetSize(NoxiSize roi, int *bufferSize) {
     const NoxStatus status = firstFailure(checkPointers(bufferSize), checkSize(roi));
     if (status != noxStsNoError)
         return status;
-    // In 32-bit arithmetic without an overflow check: an image that large has no buffer anyway.
-    const unsigned w = roi.width, h = roi.height, base = (4 * w + 24) * 4 + 64;
-    const bool narrow = w + 2 < 65535 && h + 2 < 65535;
-    const unsigned size = narrow ? (5 * h + 10) * (w + 2) + base : 9 * (h + 2) * w + 18 * (h + 2) + base;
-    *bufferSize = static_cast<int>(size);
+    // The low 32 bits, without an overflow check: the detector itself refuses an image that large.
+    *bufferSize = static_cast<int>(static_cast<Nox32u>(bufferBytes(roi)));
     return noxStsNoError;
 }

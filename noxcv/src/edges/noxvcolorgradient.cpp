@@ -62,8 +62,8 @@ private:
 template <class Fold, class T>
 NOX_TIERS void foldRows(Rows<const T> src, Rows<T> dst, NoxiSize roi) {
     for (int y = 0; y < roi.height; ++y) {
-        const T *s = src[y];
-        T *d = dst[y];
+        const Element<T> *s = src[y];
+        Element<T> *d = dst[y];
         for (int x = 0; x < roi.width; ++x)
             d[x] = Fold()(s[3 * x], s[3 * x + 1], s[3 * x + 2]);
     }
@@ -90,11 +90,10 @@ NoxStatus colorToGray(const T *src, int srcStep, T *dst, int dstStep, NoxiSize r
 
 } // namespace
 
-#define NOX_COLOR_TO_GRAY(TYPE, TAG)                                                                                   \
-    NoxStatus noxiGradientColorToGray_##TAG##_C3C1R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,              \
-                                                    NoxiSize roi, int norm) {                                          \
+#define NOX_COLOR_TO_GRAY(FUNCTION, TYPE)                                                                              \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, int norm) {                 \
         return colorToGray(src, srcStep, dst, dstStep, roi, norm);                                                     \
     }
-NOX_COLOR_TO_GRAY(Nox8u, 8u)
-NOX_COLOR_TO_GRAY(Nox16u, 16u)
-NOX_COLOR_TO_GRAY(Nox32f, 32f)
+NOX_COLOR_TO_GRAY(noxiGradientColorToGray_8u_C3C1R, Nox8u)
+NOX_COLOR_TO_GRAY(noxiGradientColorToGray_16u_C3C1R, Nox16u)
+NOX_COLOR_TO_GRAY(noxiGradientColorToGray_32f_C3C1R, Nox32f)

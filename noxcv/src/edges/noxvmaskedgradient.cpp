@@ -60,7 +60,7 @@ void gradient(Rows<const T> src, Rows<Nox16s> dst, Rows<const Nox8u> mask, int w
             const bool innerColumn = x > 0 && x < width - 1;
             for (int c = 0; c < Channels; ++c) {
                 const auto at = [&](int row, int column) { return src[row][column * Channels + c]; };
-                Nox16s *pair = dst[y] + 2 * (x * Channels + c);
+                Element<Nox16s> *pair = dst[y] + 2 * (x * Channels + c);
                 pair[0] = difference(innerColumn, at(y, nx.before), at(y, x), at(y, nx.after));
                 pair[1] = difference(innerRow, at(ny.before, x), at(y, x), at(ny.after, x));
             }
@@ -84,13 +84,13 @@ Repair edgeRepair(bool neighbourBlocked, Repair towardNeighbour) {
 }
 
 template <class Form>
-void repair(Nox16s &component, Repair kind, int before, int here, int after) {
+void repair(Element<Nox16s> *component, Repair kind, int before, int here, int after) {
     if (kind == Repair::keep)
         return;
     const int value = kind == Repair::zero       ? 0
                       : kind == Repair::backward ? Form::oneSided(before, here)
                                                  : Form::oneSided(here, after);
-    component = wrap<Nox16s>(value);
+    *component = wrap<Nox16s>(value);
 }
 
 template <class Form, int Channels>
@@ -109,9 +109,9 @@ void repairMasked(Rows<const Nox8u> src, Rows<Nox16s> dst, Rows<const Nox8u> mas
             const Repair vertical = repairOf(blocked[ny.before][x] != 0, blocked[ny.after][x] != 0);
             for (int c = 0; c < Channels; ++c) {
                 const auto at = [&](int row, int column) { return src[row][column * Channels + c]; };
-                Nox16s *pair = dst[y] + 2 * (x * Channels + c);
-                repair<Form>(pair[0], horizontal, at(y, nx.before), at(y, x), at(y, nx.after));
-                repair<Form>(pair[1], vertical, at(ny.before, x), at(y, x), at(ny.after, x));
+                Element<Nox16s> *pair = dst[y] + 2 * (x * Channels + c);
+                repair<Form>(pair, horizontal, at(y, nx.before), at(y, x), at(y, nx.after));
+                repair<Form>(pair + 1, vertical, at(ny.before, x), at(y, x), at(ny.after, x));
             }
         }
     }
@@ -132,7 +132,7 @@ struct Line {
     /// Sets the component of every channel at position i from samples at up to three positions.
     template <class Difference>
     void set(int i, const Difference &difference) const {
-        Nox16s *out = Rows<Nox16s>{component, componentStep}[i];
+        Element<Nox16s> *out = Rows<Nox16s>{component, componentStep}[i];
         for (int c = 0; c < Channels; ++c)
             out[2 * c] = wrap<Nox16s>(difference([&](int at) { return int(sample[at * sampleStep + c]); }));
     }
@@ -260,7 +260,7 @@ void owncvFillNoZero_32f(const Nox32f *image, int step, int width, int height, N
             if (!(value > 0))
                 continue;
             const auto index = static_cast<std::uint64_t>(static_cast<long long>(y) * width + x) & indexBits;
-            *list++ = std::bit_cast<Nox64f>(std::bit_cast<std::uint64_t>(static_cast<Nox64f>(value)) | index);
+            *elements(list++) = std::bit_cast<Nox64f>(std::bit_cast<std::uint64_t>(static_cast<Nox64f>(value)) | index);
             --capacity;
         }
 }

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "rows.h"
+
 namespace nox {
 
 namespace {
@@ -14,7 +16,7 @@ struct Extremes {
     Nox32u smallest = 0xffffffffU;
 };
 
-NOX_TIERS void findExtremes(const Nox32f *elements, int count, Extremes &extremes) {
+NOX_TIERS void findExtremes(const Element<Nox32f> *elements, int count, Extremes &extremes) {
     Nox32s large = 0;
     Nox32u small = 0xffffffffU;
     for (int x = 0; x < count; ++x) {
@@ -31,7 +33,7 @@ NOX_TIERS void findExtremes(const Nox32f *elements, int count, Extremes &extreme
 }
 
 /// The same with the smallest magnitude instead of the smallest last bit, in half the operations.
-NOX_TIERS void findMagnitudes(const Nox32f *elements, int count, Extremes &extremes) {
+NOX_TIERS void findMagnitudes(const Element<Nox32f> *elements, int count, Extremes &extremes) {
     Nox32s large = 0;
     Nox32u small = 0xffffffffU;
     for (int x = 0; x < count; ++x) {

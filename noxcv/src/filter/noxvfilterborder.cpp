@@ -65,33 +65,30 @@ long long ringBytes(NoxiSize roi, int kernelSize, bool laplacian) {
     return row * rows + (laplacian ? 2 * pointers + 96 : pointers + 64);
 }
 
-using SizeQuery = NoxStatus (*)(NoxiSize roi, int kernelSize, int *size);
-
-long long queried(SizeQuery query, NoxiSize roi, int kernelSize) {
-    int size = 0;
-    query(roi, kernelSize, &size);
-    return size;
-}
-
 template <class Pixel, class Out>
 long long pipelineBytes(NoxiSize roi, int kernelSize) {
-    const SizeQuery rows = std::is_same_v<Pixel, Nox8u> ? noxiFilterRowBorderPipelineGetBufferSize_8u16s_C1R
-                                                        : noxiFilterRowBorderPipelineGetBufferSize_32f_C1R;
-    const SizeQuery columns = std::is_same_v<Out, Nox16s>  ? noxiFilterColumnPipelineGetBufferSize_16s_C1R
-                              : std::is_same_v<Out, Nox8s> ? noxiFilterColumnPipelineGetBufferSize_16s8s_C1R
-                              : std::is_same_v<Out, Nox8u> ? noxiFilterColumnPipelineGetBufferSize_16s8u_C1R
-                                                           : noxiFilterColumnPipelineGetBufferSize_32f_C1R;
-    return queried(rows, roi, kernelSize) + queried(columns, roi, kernelSize);
+    constexpr bool bytes = std::is_same_v<Pixel, Nox8u>, floats = std::is_same_v<Out, Nox32f>;
+    return limitedSum(pipelineBufferBytes(roi, kernelSize, bytes ? rowScratch8u16s : rowScratch32f),
+                      pipelineBufferBytes(roi, kernelSize, floats ? columnScratch32f : columnScratch16s));
 }
 
 /// The image between the passes of the 8u8s Laplacian of size 5.
-constexpr long long middleImageBytes(NoxiSize roi) { return groups(roi.width, 16) * 16 * roi.height * 2 + 32; }
+constexpr long long middleImageBytes(NoxiSize roi) {
+    return limitedSum(limitedProduct(groups(roi.width, 16) * 32, roi.height), 32);
+}
 
 template <class Pixel, class Out>
 long long threadBytes(NoxiSize roi, int kernelSize, bool laplacian) {
     const bool middle = laplacian && std::is_same_v<Out, Nox8s> && kernelSize == 5;
-    return ringBytes<Pixel>(roi, kernelSize, laplacian) + pipelineBytes<Pixel, Out>(roi, kernelSize) +
-           (middle ? middleImageBytes(roi) : 0) + 32;
+    const long long rows =
+        limitedSum(ringBytes<Pixel>(roi, kernelSize, laplacian) + 32, pipelineBytes<Pixel, Out>(roi, kernelSize));
+    return middle ? limitedSum(rows, middleImageBytes(roi)) : rows;
+}
+
+/// Bytes of the buffer, for as many threads as there are now.
+template <class Pixel, class Out>
+long long bufferBytes(NoxiSize roi, int kernelSize, bool laplacian) {
+    return limitedProduct(sliceCount(), threadBytes<Pixel, Out>(roi, kernelSize, laplacian));
 }
 
 constexpr NoxStatus checkMask(int mask) {
@@ -101,11 +98,8 @@ constexpr NoxStatus checkMask(int mask) {
 template <class Pixel, class Out, bool Laplacian>
 NoxStatus bufferSize(NoxiSize roi, int mask, int *size) {
     const NoxStatus status = firstFailure(checkPointers(size), checkSize(roi), checkMask(mask));
-    if (status == noxStsNoError) {
-        const long long bytes = threadBytes<Pixel, Out>(roi, kernelSizeOf(mask), Laplacian);
-        *size = static_cast<int>(owncvGetMaxNumThreads() * bytes);
-    }
-    return status;
+    return status != noxStsNoError ? status
+                                   : storeSize(bufferBytes<Pixel, Out>(roi, kernelSizeOf(mask), Laplacian), size);
 }
 
 // Calls.
@@ -128,14 +122,15 @@ struct Call {
 };
 
 template <class Pixel, class Out>
-NoxStatus check(const Call<Pixel, Out> &call) {
+NoxStatus check(const Call<Pixel, Out> &call, bool laplacian) {
     const int srcStep = static_cast<int>(call.src.step), dstStep = static_cast<int>(call.dst.step);
     return firstFailure(
         checkPointers(call.src.base, call.dst.base, call.buffer), checkSize(call.roi),
         checkStep<Pixel>(srcStep, call.roi.width), checkStep<Out>(dstStep, call.roi.width),
         checkEvenSteps<Pixel>(srcStep), checkEvenSteps<Out>(dstStep),
         require(call.borderType >= noxBorderConstant && call.borderType <= noxBorderMirrorEdge, noxStsBadArgument),
-        require(call.divisor != 0, noxStsBadArgument), checkMask(call.mask));
+        require(call.divisor != 0, noxStsBadArgument), checkMask(call.mask),
+        checkBufferBytes(bufferBytes<Pixel, Out>(call.roi, call.kernelSize(), laplacian)));
 }
 
 /// When a filter goes parallel, beyond having more than one thread.
@@ -149,7 +144,7 @@ enum class Parallel {
 };
 
 bool goesParallel(NoxiSize roi, int kernelSize, Parallel rule) {
-    const long long threads = owncvGetMaxNumThreads();
+    const long long threads = sliceCount();
     if (threads <= 1)
         return false;
     const auto rowsEach = [&](int rows) { return roi.height >= threads * rows; };
@@ -182,23 +177,30 @@ void runSlices(const Call<Pixel, Out> &call, Parallel rule, bool laplacian, cons
                    [&](const Slice &slice) { body(slice, call.buffer + slice.index * bytes); });
 }
 
-void convolve(const Call<Nox8u, Nox16s> &call, Pair pair, const Slice &slice, Nox8u *buffer) {
-    ownFilterConvolution_8u16s_C1R_omp(call.src, call.dst, call.roi, call.filter(pair), buffer, slice);
+// One slice through the engine; dst begins with the slice's first row.
+
+void convolve(const Call<Nox8u, Nox16s> &call, Rows<Nox16s> dst, Pair pair, const Slice &slice, Nox8u *buffer) {
+    ownFilterConvolution_8u16s_C1R_omp(call.src, dst, call.roi, call.filter(pair), buffer, slice);
 }
-void convolve(const Call<Nox8u, Nox8s> &call, Pair pair, const Slice &slice, Nox8u *buffer) {
-    ownFilterConvolution_8u8s_C1R_omp(call.src, call.dst, call.roi, call.filter(pair), call.divisor, buffer, slice);
+void convolve(const Call<Nox8u, Nox8s> &call, Rows<Nox8s> dst, Pair pair, const Slice &slice, Nox8u *buffer) {
+    ownFilterConvolution_8u8s_C1R_omp(call.src, dst, call.roi, call.filter(pair), call.divisor, buffer, slice);
 }
-void convolve(const Call<Nox8u, Nox8u> &call, Pair pair, const Slice &slice, Nox8u *buffer) {
-    ownFilterConvolution_8u_C1R_omp(call.src, call.dst, call.roi, call.filter(pair), buffer, slice);
+void convolve(const Call<Nox8u, Nox8u> &call, Rows<Nox8u> dst, Pair pair, const Slice &slice, Nox8u *buffer) {
+    ownFilterConvolution_8u_C1R_omp(call.src, dst, call.roi, call.filter(pair), buffer, slice);
 }
-void convolve(const Call<Nox32f, Nox32f> &call, Pair pair, const Slice &slice, Nox8u *buffer) {
-    ownFilterConvolution_32f_C1R_omp(call.src, call.dst, call.roi, call.filter(pair), buffer, slice);
+void convolve(const Call<Nox32f, Nox32f> &call, Rows<Nox32f> dst, Pair pair, const Slice &slice, Nox8u *buffer) {
+    ownFilterConvolution_32f_C1R_omp(call.src, dst, call.roi, call.filter(pair), buffer, slice);
+}
+
+template <class Pixel, class Out>
+void convolve(const Call<Pixel, Out> &call, Pair pair, const Slice &slice, Nox8u *buffer) {
+    convolve(call, call.dst.from(slice.first), pair, slice, buffer);
 }
 
 /// pairs: of size 3, and of size 5 where there is one.
 template <class Pixel, class Out>
 NoxStatus filterImage(const Call<Pixel, Out> &call, const Pair *pairs, Parallel rule) {
-    const NoxStatus status = check(call);
+    const NoxStatus status = check(call, false);
     if (status == noxStsNoError)
         runSlices(call, rule, false, [&](const Slice &slice, Nox8u *buffer) {
             convolve(call, pairs[call.mask == noxMskSize5x5 ? 1 : 0], slice, buffer);
@@ -238,20 +240,18 @@ void laplacianSize5(const Call<Nox8u, Nox8s> &call, const Slice &slice, Nox8u *b
                                  static_cast<std::ptrdiff_t>(groups(call.roi.width, 16) * 32)};
     const Nox32f factor = 1.0F / static_cast<Nox32f>(call.divisor);
     forBands(slice, [&](const Slice &band) {
-        // Band rows lie at the image's own row numbers.
-        const Rows<Nox16s> shifted = middle.from(-std::ptrdiff_t{band.first});
-        const Call<Nox8u, Nox16s> wide = {call.src,        shifted,          call.roi,   call.mask,
+        const Call<Nox8u, Nox16s> wide = {call.src,        middle,           call.roi,   call.mask,
                                           call.borderType, call.borderValue, call.buffer};
-        convolve(wide, laplacian5First, band, buffer);
-        convolve(wide, laplacian5Second, band, buffer);
-        for (int y = band.first; y < band.first + band.count; ++y)
-            scaleRow(shifted[y], call.dst[y], call.roi.width, factor);
+        convolve(wide, middle, laplacian5First, band, buffer);
+        convolve(wide, middle, laplacian5Second, band, buffer);
+        for (int y = 0; y < band.count; ++y)
+            scaleRow(middle[y], call.dst[band.first + y], call.roi.width, factor);
     });
 }
 
 template <class Pixel, class Out>
 NoxStatus laplacianImage(const Call<Pixel, Out> &call, Parallel rule3, Parallel rule5) {
-    const NoxStatus status = check(call);
+    const NoxStatus status = check(call, true);
     if (status == noxStsNoError)
         runSlices(call, call.mask == noxMskSize3x3 ? rule3 : rule5, true, [&](const Slice &slice, Nox8u *buffer) {
             if (call.mask == noxMskSize3x3)
@@ -265,75 +265,95 @@ NoxStatus laplacianImage(const Call<Pixel, Out> &call, Parallel rule3, Parallel 
 } // namespace
 
 // One line per filter: name and pairs, and when each of its types goes parallel.
-#define NOX_SIZE(NAME, TYPE, OUT, TAG, LAPLACIAN)                                                                      \
-    NoxStatus noxiFilter##NAME##GetBufferSize_##TAG##_C1R(NoxiSize roi, int mask, int *size) {                         \
-        return bufferSize<TYPE, OUT, LAPLACIAN>(roi, mask, size);                                                      \
-    }
-#define NOX_SIZE_3(NAME, TYPE, OUT, TAG)                                                                               \
-    NoxStatus noxiFilter##NAME##GetBufferSize_##TAG##_C1R(NoxiSize roi, int *size) {                                   \
-        return bufferSize<TYPE, OUT, false>(roi, noxMskSize3x3, size);                                                 \
-    }
+#define NOX_SIZE(FUNCTION, TYPE, OUT, LAPLACIAN)                                                                       \
+    NoxStatus FUNCTION(NoxiSize roi, int mask, int *size) { return bufferSize<TYPE, OUT, LAPLACIAN>(roi, mask, size); }
+#define NOX_SIZE_3(FUNCTION, TYPE, OUT)                                                                                \
+    NoxStatus FUNCTION(NoxiSize roi, int *size) { return bufferSize<TYPE, OUT, false>(roi, noxMskSize3x3, size); }
 
-#define NOX_FILTER(NAME, TYPE, OUT, TAG, RUN, ...)                                                                     \
-    NoxStatus noxiFilter##NAME##Border_##TAG##_C1R(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi,  \
-                                                   int mask, int borderType, TYPE borderValue, Nox8u *buffer) {        \
+#define NOX_FILTER(FUNCTION, TYPE, OUT, RUN, ...)                                                                      \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi, int mask, int borderType,    \
+                       TYPE borderValue, Nox8u *buffer) {                                                              \
         return RUN(Call<TYPE, OUT>{{src, srcStep}, {dst, dstStep}, roi, mask, borderType, borderValue, buffer},        \
                    __VA_ARGS__);                                                                                       \
     }
-#define NOX_FILTER_8S(NAME, RUN, ...)                                                                                  \
-    NoxStatus noxiFilter##NAME##Border_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,  \
-                                                int mask, int borderType, Nox8u borderValue, int divisor,              \
-                                                Nox8u *buffer) {                                                       \
+#define NOX_FILTER_8S(FUNCTION, RUN, ...)                                                                              \
+    NoxStatus FUNCTION(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi, int mask, int borderType, \
+                       Nox8u borderValue, int divisor, Nox8u *buffer) {                                                \
         return RUN(                                                                                                    \
             Call<Nox8u, Nox8s>{{src, srcStep}, {dst, dstStep}, roi, mask, borderType, borderValue, buffer, divisor},   \
             __VA_ARGS__);                                                                                              \
     }
-#define NOX_SOBEL(NAME, PAIRS, RULE_8U, RULE_32F)                                                                      \
-    NOX_SIZE(NAME, Nox8u, Nox16s, 8u16s, false)                                                                        \
-    NOX_SIZE(NAME, Nox8u, Nox8s, 8u8s, false)                                                                          \
-    NOX_SIZE(NAME, Nox32f, Nox32f, 32f, false)                                                                         \
-    NOX_FILTER(NAME, Nox8u, Nox16s, 8u16s, filterImage, PAIRS, Parallel::RULE_8U)                                      \
-    NOX_FILTER_8S(NAME, filterImage, PAIRS, Parallel::RULE_8U)                                                         \
-    NOX_FILTER(NAME, Nox32f, Nox32f, 32f, filterImage, PAIRS, Parallel::RULE_32F)
+#define NOX_SOBEL(SIZE_8U16S_FUNCTION, SIZE_8U8S_FUNCTION, SIZE_32F_FUNCTION, BORDER_8U16S_FUNCTION,                   \
+                  BORDER_8U8S_FUNCTION, BORDER_32F_FUNCTION, PAIRS, RULE_8U, RULE_32F)                                 \
+    NOX_SIZE(SIZE_8U16S_FUNCTION, Nox8u, Nox16s, false)                                                                \
+    NOX_SIZE(SIZE_8U8S_FUNCTION, Nox8u, Nox8s, false)                                                                  \
+    NOX_SIZE(SIZE_32F_FUNCTION, Nox32f, Nox32f, false)                                                                 \
+    NOX_FILTER(BORDER_8U16S_FUNCTION, Nox8u, Nox16s, filterImage, PAIRS, Parallel::RULE_8U)                            \
+    NOX_FILTER_8S(BORDER_8U8S_FUNCTION, filterImage, PAIRS, Parallel::RULE_8U)                                         \
+    NOX_FILTER(BORDER_32F_FUNCTION, Nox32f, Nox32f, filterImage, PAIRS, Parallel::RULE_32F)
 
-#define NOX_FILTER_3(NAME, TYPE, OUT, TAG, PAIRS, RULE)                                                                \
-    NOX_SIZE_3(NAME, TYPE, OUT, TAG)                                                                                   \
-    NoxStatus noxiFilter##NAME##Border_##TAG##_C1R(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi,  \
-                                                   int borderType, TYPE borderValue, Nox8u *buffer) {                  \
+#define NOX_FILTER_3(SIZE_FUNCTION, BORDER_FUNCTION, TYPE, OUT, PAIRS, RULE)                                           \
+    NOX_SIZE_3(SIZE_FUNCTION, TYPE, OUT)                                                                               \
+    NoxStatus BORDER_FUNCTION(const TYPE *src, int srcStep, OUT *dst, int dstStep, NoxiSize roi, int borderType,       \
+                              TYPE borderValue, Nox8u *buffer) {                                                       \
         return filterImage(                                                                                            \
             Call<TYPE, OUT>{{src, srcStep}, {dst, dstStep}, roi, noxMskSize3x3, borderType, borderValue, buffer},      \
             PAIRS, Parallel::RULE);                                                                                    \
     }
-#define NOX_SCHARR(NAME, PAIRS, RULE_8U, RULE_32F)                                                                     \
-    NOX_FILTER_3(NAME, Nox8u, Nox16s, 8u16s, PAIRS, RULE_8U)                                                           \
-    NOX_FILTER_3(NAME, Nox32f, Nox32f, 32f, PAIRS, RULE_32F)                                                           \
-    NOX_SIZE_3(NAME, Nox8u, Nox8s, 8u8s)                                                                               \
-    NoxStatus noxiFilter##NAME##Border_8u8s_C1R(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,  \
-                                                int borderType, Nox8u borderValue, int divisor, Nox8u *buffer) {       \
+#define NOX_SCHARR(SIZE_8U16S_FUNCTION, BORDER_8U16S_FUNCTION, SIZE_32F_FUNCTION, BORDER_32F_FUNCTION,                 \
+                   SIZE_8U8S_FUNCTION, BORDER_8U8S_FUNCTION, PAIRS, RULE_8U, RULE_32F)                                 \
+    NOX_FILTER_3(SIZE_8U16S_FUNCTION, BORDER_8U16S_FUNCTION, Nox8u, Nox16s, PAIRS, RULE_8U)                            \
+    NOX_FILTER_3(SIZE_32F_FUNCTION, BORDER_32F_FUNCTION, Nox32f, Nox32f, PAIRS, RULE_32F)                              \
+    NOX_SIZE_3(SIZE_8U8S_FUNCTION, Nox8u, Nox8s)                                                                       \
+    NoxStatus BORDER_8U8S_FUNCTION(const Nox8u *src, int srcStep, Nox8s *dst, int dstStep, NoxiSize roi,               \
+                                   int borderType, Nox8u borderValue, int divisor, Nox8u *buffer) {                    \
         return filterImage(                                                                                            \
             Call<Nox8u, Nox8s>{                                                                                        \
                 {src, srcStep}, {dst, dstStep}, roi, noxMskSize3x3, borderType, borderValue, buffer, divisor},         \
             PAIRS, Parallel::RULE_8U);                                                                                 \
     }
 
-NOX_SOBEL(SobelHoriz, sobelHoriz, manyRowsOrSize5, manyRows)
-NOX_SOBEL(SobelVert, sobelVert, manyRows, manyRowsOrSize5)
-NOX_SOBEL(SobelNegVert, sobelNegVert, manyRows, manyRowsOrSize5)
-NOX_SOBEL(SobelHorizSecond, sobelHorizSecond, manyRows, manyRows)
-NOX_SOBEL(SobelVertSecond, sobelVertSecond, manyRows, manyRows)
-NOX_SOBEL(SobelCross, sobelCross, manyRows, manyRowsOrSize5)
+NOX_SOBEL(noxiFilterSobelHorizGetBufferSize_8u16s_C1R, noxiFilterSobelHorizGetBufferSize_8u8s_C1R,
+          noxiFilterSobelHorizGetBufferSize_32f_C1R, noxiFilterSobelHorizBorder_8u16s_C1R,
+          noxiFilterSobelHorizBorder_8u8s_C1R, noxiFilterSobelHorizBorder_32f_C1R, sobelHoriz, manyRowsOrSize5,
+          manyRows)
+NOX_SOBEL(noxiFilterSobelVertGetBufferSize_8u16s_C1R, noxiFilterSobelVertGetBufferSize_8u8s_C1R,
+          noxiFilterSobelVertGetBufferSize_32f_C1R, noxiFilterSobelVertBorder_8u16s_C1R,
+          noxiFilterSobelVertBorder_8u8s_C1R, noxiFilterSobelVertBorder_32f_C1R, sobelVert, manyRows, manyRowsOrSize5)
+NOX_SOBEL(noxiFilterSobelNegVertGetBufferSize_8u16s_C1R, noxiFilterSobelNegVertGetBufferSize_8u8s_C1R,
+          noxiFilterSobelNegVertGetBufferSize_32f_C1R, noxiFilterSobelNegVertBorder_8u16s_C1R,
+          noxiFilterSobelNegVertBorder_8u8s_C1R, noxiFilterSobelNegVertBorder_32f_C1R, sobelNegVert, manyRows,
+          manyRowsOrSize5)
+NOX_SOBEL(noxiFilterSobelHorizSecondGetBufferSize_8u16s_C1R, noxiFilterSobelHorizSecondGetBufferSize_8u8s_C1R,
+          noxiFilterSobelHorizSecondGetBufferSize_32f_C1R, noxiFilterSobelHorizSecondBorder_8u16s_C1R,
+          noxiFilterSobelHorizSecondBorder_8u8s_C1R, noxiFilterSobelHorizSecondBorder_32f_C1R, sobelHorizSecond,
+          manyRows, manyRows)
+NOX_SOBEL(noxiFilterSobelVertSecondGetBufferSize_8u16s_C1R, noxiFilterSobelVertSecondGetBufferSize_8u8s_C1R,
+          noxiFilterSobelVertSecondGetBufferSize_32f_C1R, noxiFilterSobelVertSecondBorder_8u16s_C1R,
+          noxiFilterSobelVertSecondBorder_8u8s_C1R, noxiFilterSobelVertSecondBorder_32f_C1R, sobelVertSecond, manyRows,
+          manyRows)
+NOX_SOBEL(noxiFilterSobelCrossGetBufferSize_8u16s_C1R, noxiFilterSobelCrossGetBufferSize_8u8s_C1R,
+          noxiFilterSobelCrossGetBufferSize_32f_C1R, noxiFilterSobelCrossBorder_8u16s_C1R,
+          noxiFilterSobelCrossBorder_8u8s_C1R, noxiFilterSobelCrossBorder_32f_C1R, sobelCross, manyRows,
+          manyRowsOrSize5)
 
-NOX_SCHARR(ScharrHoriz, scharrHoriz, anyWidth, manyRows)
-NOX_SCHARR(ScharrVert, scharrVert, manyRows, mostRows)
+NOX_SCHARR(noxiFilterScharrHorizGetBufferSize_8u16s_C1R, noxiFilterScharrHorizBorder_8u16s_C1R,
+           noxiFilterScharrHorizGetBufferSize_32f_C1R, noxiFilterScharrHorizBorder_32f_C1R,
+           noxiFilterScharrHorizGetBufferSize_8u8s_C1R, noxiFilterScharrHorizBorder_8u8s_C1R, scharrHoriz, anyWidth,
+           manyRows)
+NOX_SCHARR(noxiFilterScharrVertGetBufferSize_8u16s_C1R, noxiFilterScharrVertBorder_8u16s_C1R,
+           noxiFilterScharrVertGetBufferSize_32f_C1R, noxiFilterScharrVertBorder_32f_C1R,
+           noxiFilterScharrVertGetBufferSize_8u8s_C1R, noxiFilterScharrVertBorder_8u8s_C1R, scharrVert, manyRows,
+           mostRows)
 
-NOX_SIZE(Laplacian, Nox8u, Nox16s, 8u16s, true)
-NOX_SIZE(Laplacian, Nox8u, Nox8s, 8u8s, true)
-NOX_SIZE(Laplacian, Nox32f, Nox32f, 32f, true)
-NOX_FILTER(Laplacian, Nox8u, Nox16s, 8u16s, laplacianImage, Parallel::manyRows, Parallel::manyRows)
-NOX_FILTER_8S(Laplacian, laplacianImage, Parallel::fewRows, Parallel::never)
-NOX_FILTER(Laplacian, Nox32f, Nox32f, 32f, laplacianImage, Parallel::manyRows, Parallel::manyRows)
+NOX_SIZE(noxiFilterLaplacianGetBufferSize_8u16s_C1R, Nox8u, Nox16s, true)
+NOX_SIZE(noxiFilterLaplacianGetBufferSize_8u8s_C1R, Nox8u, Nox8s, true)
+NOX_SIZE(noxiFilterLaplacianGetBufferSize_32f_C1R, Nox32f, Nox32f, true)
+NOX_FILTER(noxiFilterLaplacianBorder_8u16s_C1R, Nox8u, Nox16s, laplacianImage, Parallel::manyRows, Parallel::manyRows)
+NOX_FILTER_8S(noxiFilterLaplacianBorder_8u8s_C1R, laplacianImage, Parallel::fewRows, Parallel::never)
+NOX_FILTER(noxiFilterLaplacianBorder_32f_C1R, Nox32f, Nox32f, laplacianImage, Parallel::manyRows, Parallel::manyRows)
 
-NOX_SIZE(Lowpass, Nox8u, Nox8u, 8u, false)
-NOX_SIZE(Lowpass, Nox32f, Nox32f, 32f, false)
-NOX_FILTER(Lowpass, Nox8u, Nox8u, 8u, filterImage, lowpass8u, Parallel::manyRows)
-NOX_FILTER(Lowpass, Nox32f, Nox32f, 32f, filterImage, lowpass32f, Parallel::manyRows)
+NOX_SIZE(noxiFilterLowpassGetBufferSize_8u_C1R, Nox8u, Nox8u, false)
+NOX_SIZE(noxiFilterLowpassGetBufferSize_32f_C1R, Nox32f, Nox32f, false)
+NOX_FILTER(noxiFilterLowpassBorder_8u_C1R, Nox8u, Nox8u, filterImage, lowpass8u, Parallel::manyRows)
+NOX_FILTER(noxiFilterLowpassBorder_32f_C1R, Nox32f, Nox32f, filterImage, lowpass32f, Parallel::manyRows)

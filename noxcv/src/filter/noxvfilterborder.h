@@ -78,7 +78,8 @@ constexpr int laplacianRow = 10;
 constexpr int ringRowLength(int width) { return roundUp(width, 8); }
 } // namespace nox
 
-/// @name The engine on one slice of an image's rows; the rows around the slice are read where the image has them.
+/// @name The engine on one slice of an image's rows; the rows around the slice are read where the image has them. dst
+/// begins with the first row of the slice.
 /// @{
 extern "C" {
 void ownFilterConvolution_8u16s_C1R_omp(nox::Rows<const Nox8u> src, nox::Rows<Nox16s> dst, NoxiSize size,

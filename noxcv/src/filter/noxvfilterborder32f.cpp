@@ -1,5 +1,6 @@
 // Row and column kernels of the fixed filters on single-precision images: sums in extended precision, rounded once.
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "noxvfilterborder.h"
@@ -25,7 +26,7 @@ template <>
 struct SingleStep<LaplacianMiddleOperator> : std::true_type {};
 
 template <class Operator, class Lines>
-NOX_TIERS void operateInFloat(const Lines &lines, Nox32f *__restrict dst, int count) {
+NOX_TIERS void operateInFloat(const Lines &lines, Element<Nox32f> *__restrict dst, int count) {
     const Lines local = lines;
     for (int x = 0; x < count; ++x)
         dst[x] = operate<Operator, Nox32f>(local, x);
@@ -33,7 +34,8 @@ NOX_TIERS void operateInFloat(const Lines &lines, Nox32f *__restrict dst, int co
 
 /// Sums in double; Out is double, or float to round them.
 template <class Operator, class T, int Taps, class Out>
-NOX_TIERS void operateInDouble(const Lines<T, Taps> &lines, Out *__restrict dst, int count) {
+NOX_TIERS void operateInDouble(const Lines<T, Taps> &lines, Out *__restrict out, int count) {
+    Element<Out> *__restrict dst = out;
     const Lines<T, Taps> local = lines;
     for (int x = 0; x < count; ++x)
         dst[x] = static_cast<Out>(operate<Operator, Nox64f>(local, x));
@@ -41,13 +43,14 @@ NOX_TIERS void operateInDouble(const Lines<T, Taps> &lines, Out *__restrict dst,
 
 /// A row is converted once, block by block, and not once for each tap.
 template <class Operator, class Out>
-NOX_TIERS void operateInDouble(const RowWindow<Nox32f> &window, Out *__restrict dst, int count) {
+NOX_TIERS void operateInDouble(const RowWindow<Nox32f> &window, Out *__restrict out, int count) {
+    Element<Out> *__restrict dst = out;
     alignas(32) Nox64f line[blockLength + Operator::taps];
     const RowWindow<Nox64f> wide = {line, 1};
     for (int first = 0; first < count; first += blockLength) {
         const int length = std::min(blockLength, count - first);
         for (int x = 0; x < length + Operator::taps - 1; ++x)
-            line[x] = window.first[first + x];
+            line[x] = window[0][first + x];
         for (int x = 0; x < length; ++x)
             dst[first + x] = static_cast<Out>(operate<Operator, Nox64f>(wide, x));
     }
@@ -55,7 +58,7 @@ NOX_TIERS void operateInDouble(const RowWindow<Nox32f> &window, Out *__restrict 
 
 /// Blocks of double sums, tested; doubtful ones by the definition.
 template <class Operator, class Lines>
-void operateTested(const Lines &lines, Nox32f *dst, int count, const Spread &elements) {
+void operateTested(const Lines &lines, Element<Nox32f> *dst, int count, const Spread &elements) {
     const Nox32f certain = certainFrom(2 * Operator::taps, elements.largest * Operator::weight);
     for (int x = 0; x < count; x += blockLength) {
         const int length = std::min(blockLength, count - x);
@@ -143,7 +146,7 @@ void addColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &
     Nox32f first[blockLength];
     for (int x = 0; x < width; x += blockLength) {
         const int length = std::min(blockLength, width - x);
-        std::copy_n(dst + x, length, first);
+        std::memcpy(first, dst + x, sizeof(Nox32f) * static_cast<std::size_t>(length));
         const Lines<Nox32f, 6> lines = {{rows[0] + x, rows[1] + x, rows[2] + x, rows[3] + x, rows[4] + x, first}};
         operateRounded<LaplacianAddOperator>(lines, dst + x, length, join(spread, spreadOf(first, length)));
     }

@@ -29,13 +29,13 @@ NOX_TIERS void filterRow(const Nox8u *src, Nox16s *__restrict row, int width, in
 }
 
 template <class Operator>
-NOX_TIERS void filterColumn(const Nox16s *const *rows, Nox16s *__restrict dst, int width) {
+NOX_TIERS void filterColumn(const Nox16s *const *rows, Element<Nox16s> *__restrict dst, int width) {
     const auto lines = linesOf<Operator::taps>(rows);
     for (int x = 0; x < width; ++x)
         dst[x] = wrap<Nox16s>(operate<Operator, int>(lines, x));
 }
 
-NOX_TIERS void addColumn(const Nox16s *const *rows, Nox16s *dst, int width) {
+NOX_TIERS void addColumn(const Nox16s *const *rows, Element<Nox16s> *dst, int width) {
     const auto lines = linesOf<5>(rows);
     for (int x = 0; x < width; ++x)
         dst[x] = wrap<Nox16s>(operate<SobelOperator5, int>(lines, x) + dst[x]);

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "borders.h"
+#include "frame/noxvrowring.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxvfilterborder.h"
 #include "numerics.h"
 #include "rows.h"
@@ -37,15 +39,14 @@ class Ring {
 public:
     Ring(Rows<const Pixel> src, NoxiSize size, const FixedFilter<Pixel, Mid> &filter, RowStage stage, Nox8u *buffer)
         : src_(src), size_(size), filter_(filter), stage_(stage), height_(filter.columnTapCount),
-          length_(std::ptrdiff_t{ringRowLength(size.width)} * (filter.rowIndex == laplacianRow ? 2 : 1)),
-          rows_(reinterpret_cast<Mid *>(alignUp(buffer, 32))) {}
+          rows_(WorkBuffer(buffer, 32).take<Mid>(0), height_,
+                std::ptrdiff_t{ringRowLength(size.width)} * (filter.rowIndex == laplacianRow ? 2 : 1)) {}
 
     /// Fetches image row y, which may lie outside the image, as the window's last.
     void push(int y) {
         std::copy(window_ + 1, window_ + height_, window_);
         std::copy(about_ + 1, about_ + height_, about_);
-        Mid *row = rows_ + next_ * length_;
-        next_ = next_ + 1 == height_ ? 0 : next_ + 1;
+        Mid *row = rows_[y]; // the first row is half a window above the image at most
         window_[height_ - 1] = row;
         about_[height_ - 1] = fetch(y, row);
     }
@@ -72,9 +73,8 @@ private:
     NoxiSize size_;
     const FixedFilter<Pixel, Mid> &filter_;
     RowStage stage_;
-    int height_, next_ = 0;
-    std::ptrdiff_t length_;
-    Mid *rows_;
+    int height_;
+    RowRing<Mid> rows_;
     const Mid *window_[largestWindow] = {};
     About about_[largestWindow] = {};
 };
@@ -112,7 +112,7 @@ void convolve(Rows<const Pixel> src, Rows<Out> dst, NoxiSize size, const FixedFi
         ring.push(y);
     for (int y = slice.first; y < slice.first + slice.count; ++y) {
         ring.push(y + reach);
-        column(ring.window(), ring.about(), dst[y]);
+        column(ring.window(), ring.about(), dst[y - slice.first]);
     }
 }
 

@@ -52,7 +52,7 @@ NOX_INLINE void filterNearEnd(const T *src, Out *row, int width, int first, int 
         for (int j = 0; j < taps; ++j) {
             const int position = x + j - taps / 2;
             const bool constant = borderType == noxBorderConstant && (position < 0 || position >= width);
-            pixels[j] = constant ? borderValue : src[borderIndex(position, width, borderType)];
+            pixels[j] = constant ? borderValue : elements(src)[borderIndex(position, width, borderType)];
         }
         row[x] = store(operate<Operator, R>(RowWindow<T>{pixels, 1}, 0));
     }

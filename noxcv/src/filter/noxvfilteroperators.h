@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "numerics.h"
+#include "rows.h"
 #include "tiers.h"
 
 namespace nox {
@@ -157,7 +158,7 @@ template <class T, int Taps>
 struct Lines {
     const T *line[Taps];
 
-    NOX_INLINE const T *operator[](int j) const { return line[j]; }
+    NOX_INLINE const Element<T> *operator[](int j) const { return line[j]; }
     NOX_INLINE Lines from(int x) const {
         Lines result;
         for (int j = 0; j < Taps; ++j)

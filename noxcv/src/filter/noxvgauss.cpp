@@ -10,8 +10,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "checks.h"
+#include "frame/noxvrowring.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/filter.h"
 #include "noxvseparable.h"
 #include "rows.h"
@@ -20,17 +23,22 @@ using namespace nox;
 
 namespace {
 
+void repeat(Nox32f value, Element<Nox32f> *dst, int count) {
+    for (int x = 0; x < count; ++x)
+        dst[x] = value;
+}
+
 /// One row, with the edge pixels repeated in scratch.
 void filterRow(const Nox32f *src, Nox32f *dst, int width, const Nox32f *taps, int tapCount, Nox32f *scratch) {
     const int reach = tapCount / 2;
-    std::fill_n(scratch, reach, src[0]);
-    std::copy_n(src, width, scratch + reach);
-    std::fill_n(scratch + reach + width, reach, src[width - 1]);
+    repeat(elements(src)[0], scratch, reach);
+    std::memcpy(scratch + reach, src, sizeof(Nox32f) * static_cast<std::size_t>(width));
+    repeat(elements(src)[width - 1], scratch + reach + width, reach);
     sumTaps(RowWindow<Nox32f>{scratch, 1}, taps, tapCount, dst, width);
 }
 
 /// exp(-d^2 / (2 sigma^2)) over the sum of such values, of one more than there are taps.
-void gaussTaps(Nox32f *taps, int tapCount, Nox32f sigma) {
+void gaussTaps(Element<Nox32f> *taps, int tapCount, Nox32f sigma) {
     const int reach = tapCount / 2;
     Nox32f sum = 0;
     for (int i = 0; i <= tapCount; ++i) {
@@ -54,6 +62,12 @@ void gaussTaps(Nox32f *taps, int tapCount, Nox32f sigma) {
         taps[i] = i >= grouped && i < behind ? taps[i] * reciprocal : taps[i] / sum;
 }
 
+/// Bytes of the buffer: room for a whole image and its borders.
+long long bufferBytes(NoxiSize roi, long long kernelSize) {
+    const long long elements = limitedProduct(roundUp<long long>(roi.width, 4) + kernelSize, roi.height + kernelSize);
+    return limitedSum(limitedProduct(limitedSum(elements, kernelSize), 4), 64);
+}
+
 NoxStatus checkKernelSize(int kernelSize) { return require(kernelSize >= 3 && kernelSize % 2 == 1, noxStsBadArgument); }
 
 /// Row y of an image whose edge rows are repeated.
@@ -64,24 +78,31 @@ int clampedRow(int y, int height) { return std::clamp(y, 0, height - 1); }
 constexpr int fewestPairTaps = 7;
 constexpr bool goesInPairs(int tapCount) { return tapCount >= fewestPairTaps && tapCount <= mostPairTaps; }
 
-/// Where the parts of the work buffer lie: taps, a row with its margins, row pointers, the ring: as many rows as the
-/// kernel, one more for pairs, and never more than the image.
-struct WorkBuffer {
+/// The parts of the work buffer: taps, which lie where the buffer begins, and a row with its margins; then, on a
+/// boundary, row pointers and the ring: as many rows as the kernel, one more for pairs, and never more than the image.
+struct Areas {
     Nox32f *taps, *scratch;
     const Nox32f **window;
-    Nox32f *ring;
-    std::ptrdiff_t ringStep; ///< elements from row to row
-    int ringRows;
+    RowRing<Nox32f> ring;
 
-    WorkBuffer(Nox8u *buffer, NoxiSize roi, int tapCount)
-        : taps(reinterpret_cast<Nox32f *>(buffer)), scratch(taps + tapCount),
-          window(reinterpret_cast<const Nox32f **>(alignUp(scratch + roi.width + tapCount - 1, sizeof(void *)))),
-          ring(reinterpret_cast<Nox32f *>(alignUp(window + tapCount + 1, 16))), ringStep(roundUp(roi.width, 4)),
-          ringRows(std::min(tapCount + (goesInPairs(tapCount) ? 1 : 0), roi.height)) {}
-    Nox32f *row(int y) const { return ring + y % ringRows * ringStep; }
+    static int ringRows(NoxiSize roi, int tapCount) {
+        return std::min(tapCount + (goesInPairs(tapCount) ? 1 : 0), roi.height);
+    }
+    Areas(WorkBuffer &&head, WorkBuffer &&rest, NoxiSize roi, int tapCount)
+        : taps(head.take<Nox32f>(tapCount)), scratch(head.take<Nox32f>(scratchLength(roi, tapCount))),
+          window(rest.take<const Nox32f *>(tapCount + 1LL)),
+          ring(rest.aligned(16).take<Nox32f>(0), ringRows(roi, tapCount), roundUp(roi.width, 4)) {}
+    Areas(Nox8u *buffer, NoxiSize roi, int tapCount)
+        : Areas(WorkBuffer(buffer, 1),
+                WorkBuffer(buffer + sizeof(Nox32f) * static_cast<std::size_t>(tapCount + scratchLength(roi, tapCount)),
+                           16),
+                roi, tapCount) {}
+
+private:
+    static int scratchLength(NoxiSize roi, int tapCount) { return roi.width + tapCount - 1; }
 };
 
-void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tapCount, const WorkBuffer &work) {
+void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tapCount, const Areas &work) {
     const int reach = tapCount / 2;
     // Rows that overlap are written in their order.
     const bool pairs = goesInPairs(tapCount) &&
@@ -91,10 +112,11 @@ void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tap
         const int count = pairs && y + 1 < roi.height ? 2 : 1;
         while (filtered < clampedRow(y + count - 1 + reach, roi.height)) {
             ++filtered;
-            ownRowConvolution(src[filtered], 0, work.row(filtered), 0, roi.width, 1, work.taps, tapCount, work.scratch);
+            ownRowConvolution(src[filtered], 0, work.ring[filtered], 0, roi.width, 1, work.taps, tapCount,
+                              work.scratch);
         }
         for (int j = 0; j < tapCount + count - 1; ++j)
-            work.window[j] = work.row(clampedRow(y + j - reach, roi.height));
+            work.window[j] = work.ring[clampedRow(y + j - reach, roi.height)];
         if (count == 2)
             sumTapsTwice(work.window, work.taps, tapCount, dst[y], dst[y + 1], roi.width);
         else
@@ -118,7 +140,7 @@ void ownColConvolution(Nox32f *dst, int dstStep, int width, int height, const No
     const int reach = K / 2;
     for (int x = 0; x < width; ++x) {
         for (int i = 0; i < height + K - 1; ++i)
-            scratch[i] = rows[clampedRow(i - reach, height)][x];
+            elements(scratch)[i] = rows[clampedRow(i - reach, height)][x];
         for (int y = 0; y < height; y += blockLength) {
             Nox32f sums[blockLength];
             const int length = std::min(blockLength, height - y);
@@ -131,22 +153,18 @@ void ownColConvolution(Nox32f *dst, int dstStep, int width, int height, const No
 
 NoxStatus noxiFilterGaussGetBufferSize_32f_C1R(NoxiSize roi, int kernelSize, int *size) {
     const NoxStatus status = firstFailure(checkPointers(size), checkSize(roi), checkKernelSize(kernelSize));
-    if (status == noxStsNoError) {
-        const long long K = kernelSize, width = (roi.width + 3LL) / 4 * 4;
-        *size = static_cast<int>(((width + K) * (roi.height + K) + K) * 4 + 64);
-    }
-    return status;
+    return status != noxStsNoError ? status : storeSize(bufferBytes(roi, kernelSize), size);
 }
 
 // The steps are measured in pixels: this filter accepts rows that overlap.
 NoxStatus noxiFilterGaussBorder_32f_C1R(const Nox32f *src, int srcStep, Nox32f *dst, int dstStep, NoxiSize roi,
                                         int kernelSize, Nox32f sigma, int /*borderType*/, Nox32f /*borderValue*/,
                                         Nox8u *buffer) {
-    const NoxStatus status =
-        firstFailure(checkPointers(src, dst, buffer), checkSize(roi), checkStep<Nox8u>(srcStep, roi.width),
-                     checkStep<Nox8u>(dstStep, roi.width), checkKernelSize(kernelSize));
+    const NoxStatus status = firstFailure(checkPointers(src, dst, buffer), checkSize(roi),
+                                          checkStep<Nox8u>(srcStep, roi.width), checkStep<Nox8u>(dstStep, roi.width),
+                                          checkKernelSize(kernelSize), checkBufferBytes(bufferBytes(roi, kernelSize)));
     if (status == noxStsNoError) {
-        const WorkBuffer work(buffer, roi, kernelSize);
+        const Areas work(buffer, roi, kernelSize);
         gaussTaps(work.taps, kernelSize, sigma);
         filterImage({src, srcStep}, {dst, dstStep}, roi, kernelSize, work);
     }

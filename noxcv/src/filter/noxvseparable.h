@@ -9,28 +9,27 @@
 
 #include "noxtypes.h"
 #include "noxvquotient.h"
+#include "rows.h"
 
 namespace nox {
 
 /// The lines under the taps of a row filter.
 template <class T>
 struct RowWindow {
-    using Element = T;
     const T *first;        ///< under the first tap of output 0
     std::ptrdiff_t stride; ///< elements from tap to tap: the channel count
 
-    NOX_INLINE const T *operator[](int j) const { return first + j * stride; }
+    NOX_INLINE const Element<T> *operator[](int j) const { return first + j * stride; }
     NOX_INLINE RowWindow from(int x) const { return {first + x, stride}; }
 };
 
 /// The lines under the taps of a column filter.
 template <class T>
 struct ColumnWindow {
-    using Element = T;
     const T *const *rows;  ///< the row under the first tap
     std::ptrdiff_t offset; ///< element of output 0 in each row
 
-    NOX_INLINE const T *operator[](int j) const { return rows[j] + offset; }
+    NOX_INLINE const Element<T> *operator[](int j) const { return elements(rows)[j] + offset; }
     NOX_INLINE ColumnWindow from(int x) const { return {rows, offset + x}; }
 };
 

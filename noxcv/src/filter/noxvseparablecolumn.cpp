@@ -1,5 +1,5 @@
 // Column filters from rows given by their pointers: the second stage of a separable filter.
-#include <algorithm>
+#include <climits>
 
 #include "checks.h"
 #include "noxcv/filter.h"
@@ -22,7 +22,7 @@ void filterColumns(const Rule &rule, const T *const *rows, Rows<typename Rule::O
 Spread spreadOfRows(const Nox32f *const *rows, int width, int count) {
     Spread all;
     for (int y = 0; y < count; ++y)
-        all = join(all, spreadOf(rows[y], width));
+        all = join(all, spreadOf(elements(rows)[y], width));
     return all;
 }
 
@@ -46,7 +46,7 @@ public:
     }
 
 private:
-    void push(int y) { spreads_[y % kernelSize_] = spreadOf(rows_[y], width_); }
+    void push(int y) { spreads_[y % kernelSize_] = spreadOf(elements(rows_)[y], width_); }
 
     const Nox32f *const *rows_;
     int width_, kernelSize_;
@@ -83,43 +83,53 @@ NoxStatus runColumns(const Rule &rule, const T *const *rows, typename Rule::Outp
 template <class T>
 NoxStatus checkRowPointers(const T *const *rows, NoxiSize roi, int kernelSize) {
     const long long count = static_cast<long long>(roi.height) + kernelSize - 1;
-    return require(std::find(rows, rows + count, nullptr) == rows + count, noxStsNullPointer);
+    for (long long y = 0; y < count; ++y)
+        if (elements(rows)[y] == nullptr)
+            return noxStsNullPointer;
+    return noxStsNoError;
 }
 
 template <class T, class Out, class Tap>
 NoxStatus checkColumns(const T *const *rows, const Out *dst, int dstStep, NoxiSize roi, int channels, const Tap *kernel,
-                       int kernelSize, int divisor, const Nox8u *buffer) {
+                       int kernelSize, int divisor, const Nox8u *buffer, ScratchSize scratch) {
     const NoxStatus status =
         firstFailure(checkPointers(rows, dst, kernel), checkSize(roi), checkLength(kernelSize),
                      checkStep<Out>(dstStep, static_cast<long long>(roi.width) * channels),
                      checkEvenSteps<Out>(dstStep), checkPointers(buffer), require(divisor != 0, noxStsBadArgument));
-    return status != noxStsNoError ? status : checkRowPointers(rows, roi, kernelSize);
+    if (status != noxStsNoError)
+        return status;
+    // More row pointers than an int counts are not looked at: they have no place in memory.
+    if (static_cast<long long>(roi.height) + kernelSize - 1 > INT_MAX)
+        return noxStsBadSize;
+    return firstFailure(checkRowPointers(rows, roi, kernelSize),
+                        checkBufferBytes(pipelineBufferBytes(roi, kernelSize, scratch)));
 }
 
 } // namespace
 
 // One line per member. Three channels are one of three times the width.
-#define NOX_COLUMNS_SIZE(TAG, CHANNELS, PER_TAP, REST)                                                                 \
-    NoxStatus noxiFilterColumnPipelineGetBufferSize_##TAG##_C##CHANNELS##R(NoxiSize roi, int kernelSize, int *size) {  \
+#define NOX_COLUMNS_SIZE(FUNCTION, PER_TAP, REST)                                                                      \
+    NoxStatus FUNCTION(NoxiSize roi, int kernelSize, int *size) {                                                      \
         return pipelineBufferSize(roi, kernelSize, size, {PER_TAP, REST});                                             \
     }
 
-#define NOX_COLUMNS(OUT, TAG, CHANNELS, PER_TAP, RULE)                                                                 \
-    NOX_COLUMNS_SIZE(TAG, CHANNELS, PER_TAP, 32)                                                                       \
-    NoxStatus noxiFilterColumnPipeline_##TAG##_C##CHANNELS##R(const Nox16s **rows, OUT *dst, int dstStep,              \
-                                                              NoxiSize roi, const Nox16s *kernel, int kernelSize,      \
-                                                              int divisor, Nox8u *buffer) {                            \
-        const NoxStatus status = checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, divisor, buffer); \
+#define NOX_COLUMNS(SIZE_FUNCTION, FUNCTION, OUT, CHANNELS, PER_TAP, RULE)                                             \
+    NOX_COLUMNS_SIZE(SIZE_FUNCTION, PER_TAP, 32)                                                                       \
+    NoxStatus FUNCTION(const Nox16s **rows, OUT *dst, int dstStep, NoxiSize roi, const Nox16s *kernel, int kernelSize, \
+                       int divisor, Nox8u *buffer) {                                                                   \
+        const NoxStatus status =                                                                                       \
+            checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, divisor, buffer, {PER_TAP, 32});       \
         return status != noxStsNoError ? status                                                                        \
                                        : runColumns(RULE(kernel, kernelSize, divisor), rows, dst, dstStep,             \
                                                     CHANNELS * roi.width, roi, kernelSize, PipelineRule::separable);   \
     }
 
-#define NOX_COLUMNS_32F(CHANNELS)                                                                                      \
-    NOX_COLUMNS_SIZE(32f, CHANNELS, 0, 0)                                                                              \
-    NoxStatus noxiFilterColumnPipeline_32f_C##CHANNELS##R(const Nox32f **rows, Nox32f *dst, int dstStep, NoxiSize roi, \
-                                                          const Nox32f *kernel, int kernelSize, Nox8u *buffer) {       \
-        const NoxStatus status = checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, 1, buffer);       \
+#define NOX_COLUMNS_32F(SIZE_FUNCTION, FUNCTION, CHANNELS)                                                             \
+    NOX_COLUMNS_SIZE(SIZE_FUNCTION, 0, 0)                                                                              \
+    NoxStatus FUNCTION(const Nox32f **rows, Nox32f *dst, int dstStep, NoxiSize roi, const Nox32f *kernel,              \
+                       int kernelSize, Nox8u *buffer) {                                                                \
+        const NoxStatus status =                                                                                       \
+            checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, 1, buffer, columnScratch32f);          \
         return status != noxStsNoError ? status                                                                        \
                                        : runColumns(RoundedRule(kernel, kernelSize), rows, dst, dstStep,               \
                                                     CHANNELS * roi.width, roi, kernelSize, PipelineRule::always);      \
@@ -129,13 +139,19 @@ using Quotient16s = QuotientRule<Nox16s, Nox16s>;
 using Quotient8u = QuotientRule<Nox16s, Nox8u>;
 using Quotient8s = QuotientRule<Nox16s, Nox8s>;
 
-NOX_COLUMNS(Nox16s, 16s, 1, 4, Quotient16s)
-NOX_COLUMNS(Nox16s, 16s, 3, 4, Quotient16s)
-NOX_COLUMNS(Nox8u, 16s8u, 1, 4, Quotient8u)
-NOX_COLUMNS(Nox8u, 16s8u, 3, 4, Quotient8u)
-NOX_COLUMNS(Nox8s, 16s8s, 1, 4, Quotient8s)
-NOX_COLUMNS(Nox8s, 16s8s, 3, 4, Quotient8s)
-NOX_COLUMNS(Nox16s, Low_16s, 1, 0, LowQuotientRule)
-NOX_COLUMNS(Nox16s, Low_16s, 3, 0, LowQuotientRule)
-NOX_COLUMNS_32F(1)
-NOX_COLUMNS_32F(3)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_16s_C1R, noxiFilterColumnPipeline_16s_C1R, Nox16s, 1, 4, Quotient16s)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_16s_C3R, noxiFilterColumnPipeline_16s_C3R, Nox16s, 3, 4, Quotient16s)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_16s8u_C1R, noxiFilterColumnPipeline_16s8u_C1R, Nox8u, 1, 4,
+            Quotient8u)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_16s8u_C3R, noxiFilterColumnPipeline_16s8u_C3R, Nox8u, 3, 4,
+            Quotient8u)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_16s8s_C1R, noxiFilterColumnPipeline_16s8s_C1R, Nox8s, 1, 4,
+            Quotient8s)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_16s8s_C3R, noxiFilterColumnPipeline_16s8s_C3R, Nox8s, 3, 4,
+            Quotient8s)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_Low_16s_C1R, noxiFilterColumnPipeline_Low_16s_C1R, Nox16s, 1, 0,
+            LowQuotientRule)
+NOX_COLUMNS(noxiFilterColumnPipelineGetBufferSize_Low_16s_C3R, noxiFilterColumnPipeline_Low_16s_C3R, Nox16s, 3, 0,
+            LowQuotientRule)
+NOX_COLUMNS_32F(noxiFilterColumnPipelineGetBufferSize_32f_C1R, noxiFilterColumnPipeline_32f_C1R, 1)
+NOX_COLUMNS_32F(noxiFilterColumnPipelineGetBufferSize_32f_C3R, noxiFilterColumnPipeline_32f_C3R, 3)

@@ -44,7 +44,7 @@ NOX_INLINE void sumGroups(Window window, const Nox16s *taps, int tapCount, Nox32
         addPair<Groups>(window[j], window[j + 1], _mm_set1_epi32(pair), low, high);
     }
     if (j < tapCount) // a lone tap: the other half of the pair is 0
-        addPair<Groups>(window[j], window[j], _mm_set1_epi32(static_cast<Nox16u>(taps[j])), low, high);
+        addPair<Groups>(window[j], window[j], _mm_set1_epi32(static_cast<Nox16u>(elements(taps)[j])), low, high);
     for (int g = 0; g < Groups; ++g) {
         _mm_storeu_si128(reinterpret_cast<__m128i *>(sums + 8 * g), low[g]);
         _mm_storeu_si128(reinterpret_cast<__m128i *>(sums + 8 * g + 4), high[g]);
@@ -77,7 +77,8 @@ void sumConverted(RowWindow<T> window, const Tap *taps, int tapCount, Nox64f *su
 }
 
 template <class Sum, class T, class Real>
-NOX_INLINE void divideSums(const Sum *sums, T *dst, int count, const Quotient<Real> &by) {
+NOX_INLINE void divideSums(const Sum *sums, T *quotients, int count, const Quotient<Real> &by) {
+    Element<T> *dst = quotients;
     const Quotient<Real> local = by;
     if (local.falls) {
         for (int x = 0; x < count; ++x)
@@ -90,7 +91,8 @@ NOX_INLINE void divideSums(const Sum *sums, T *dst, int count, const Quotient<Re
 
 /// Divisors of 1 and -1: the one quotient that does not fit 32 bits, of -2^31, is avoided.
 template <class T>
-NOX_INLINE void storeSums(const Nox32s *sums, T *dst, int count, bool negative) {
+NOX_INLINE void storeSums(const Nox32s *sums, T *quotients, int count, bool negative) {
+    Element<T> *dst = quotients;
     constexpr Nox32s highest = std::numeric_limits<Nox32s>::max();
     if (negative) {
         for (int x = 0; x < count; ++x)
@@ -182,7 +184,8 @@ NOX_STORE_QUOTIENTS(Nox16s)
 NOX_STORE_QUOTIENTS(Nox8u)
 NOX_STORE_QUOTIENTS(Nox8s)
 
-NOX_TIERS void storeLowQuotients(const Nox32s *sums, Nox16s *dst, int count, const Quotient<Nox64f> &by) {
+NOX_TIERS void storeLowQuotients(const Nox32s *sums, Nox16s *quotients, int count, const Quotient<Nox64f> &by) {
+    Element<Nox16s> *dst = quotients;
     const Quotient<Nox64f> local = by;
     if (local.falls) {
         for (int x = 0; x < count; ++x)
@@ -193,14 +196,16 @@ NOX_TIERS void storeLowQuotients(const Nox32s *sums, Nox16s *dst, int count, con
     }
 }
 
-NOX_TIERS void storeLowProducts(const Nox32s *sums, Nox16s *dst, int count, int factor, int shift) {
+NOX_TIERS void storeLowProducts(const Nox32s *sums, Nox16s *products, int count, int factor, int shift) {
+    Element<Nox16s> *dst = products;
     for (int x = 0; x < count; ++x) {
         const Nox32u product = static_cast<Nox32u>(sums[x]) * static_cast<Nox32u>(factor);
         dst[x] = wrap<Nox16s>(static_cast<Nox32s>(product) >> shift);
     }
 }
 
-NOX_TIERS bool storeTruncated(const Nox64f *sums, Nox16s *dst, int count, Nox64f margin) {
+NOX_TIERS bool storeTruncated(const Nox64f *sums, Nox16s *truncated, int count, Nox64f margin) {
+    Element<Nox16s> *dst = truncated;
     alignas(32) Nox64f clamped[blockLength];
     clampSums(sums, clamped, count, beyond16Bits);
     for (int x = 0; x < count; ++x)
@@ -218,7 +223,7 @@ NOX_TIERS bool storeRoundedTested(const Nox64f *sums, Nox32f *dst, int count, No
         rounded[x] = static_cast<Nox32f>(sums[x]);
     int doubtful = 0;
     for (int x = 0; x < count; ++x) {
-        dst[x] = rounded[x];
+        elements(dst)[x] = rounded[x];
         doubtful |= roundsDoubtfully(sums[x], rounded[x], certain) ? 1 : 0;
     }
     return doubtful != 0;

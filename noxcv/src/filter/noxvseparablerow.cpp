@@ -2,8 +2,8 @@
 //
 // Outputs whose taps reach past an end of the row read a strip: copies of the pixels around that end, extended by the
 // border rule. All others read the row in place.
-#include <algorithm>
 #include <atomic>
+#include <cstring>
 
 #include "borders.h"
 #include "checks.h"
@@ -32,7 +32,7 @@ void fillStrip(const RowCall<T> &call, const T *row, int first, int count, T *st
         const bool constant = call.borderType == noxBorderConstant && (x < 0 || x >= call.roi.width);
         const T *pixel = constant ? call.borderValue
                                   : row + std::ptrdiff_t{Channels} * borderIndex(x, call.roi.width, call.borderType);
-        std::copy_n(pixel, Channels, strip + std::ptrdiff_t{Channels} * i);
+        std::memcpy(strip + std::ptrdiff_t{Channels} * i, pixel, Channels * sizeof(T));
     }
 }
 
@@ -55,7 +55,7 @@ NoxStatus filterRows(const RowCall<T> &call, const Rule &rule, typename Rule::Ou
     const int width = call.roi.width, inner = width - call.kernelSize + 1, left = call.xAnchor, right = left + inner;
     for (int y = first; y < first + count; ++y) {
         const T *row = call.src[y];
-        typename Rule::Output *dst = rows[y];
+        typename Rule::Output *dst = elements(rows)[y];
         if (dst == nullptr)
             return noxStsNullPointer;
         if (inner > 0) {
@@ -89,7 +89,8 @@ NoxStatus runRows(const RowCall<T> &call, const Rule &rule, typename Rule::Outpu
 }
 
 template <int Channels, class T, class Out, class Tap>
-NoxStatus checkRows(const RowCall<T> &call, Out *const *rows, const Tap *kernel, const Nox8u *buffer, int divisor) {
+NoxStatus checkRows(const RowCall<T> &call, Out *const *rows, const Tap *kernel, const Nox8u *buffer, int divisor,
+                    ScratchSize scratch) {
     const int step = static_cast<int>(call.src.step);
     return firstFailure(
         checkPointers(call.src.base, rows, kernel, buffer), checkSize(call.roi), checkLength(call.kernelSize),
@@ -97,7 +98,8 @@ NoxStatus checkRows(const RowCall<T> &call, Out *const *rows, const Tap *kernel,
         checkStep<T>(step, static_cast<long long>(call.roi.width) * Channels), checkEvenSteps<T>(step),
         require(call.borderType >= noxBorderConstant && call.borderType <= noxBorderMirrorEdge, noxStsBadArgument),
         require(call.borderType != noxBorderConstant || call.borderValue != nullptr, noxStsNullPointer),
-        require(divisor != 0, noxStsBadArgument));
+        require(divisor != 0, noxStsBadArgument),
+        checkBufferBytes(pipelineBufferBytes(call.roi, call.kernelSize, scratch)));
 }
 
 /// How a member turns a checked call into a rule for its sums.
@@ -119,7 +121,7 @@ NoxStatus runMember<FoldedMember, 1>(const RowCall<Nox16s> &call, Nox16s *const 
     auto *taps = reinterpret_cast<Nox32f *>(alignUp(buffer, sizeof(Nox32f)));
     const long double reciprocal = 1.0L / static_cast<long double>(divisor);
     for (int j = 0; j < call.kernelSize; ++j)
-        taps[j] = static_cast<Nox32f>(static_cast<long double>(kernel[j]) * reciprocal);
+        taps[j] = static_cast<Nox32f>(static_cast<long double>(elements(kernel)[j]) * reciprocal);
     return runRows<1>(call, TruncatedRule(taps, call.kernelSize), rows, buffer, scratch, parallel);
 }
 
@@ -141,41 +143,46 @@ using QuotientMember16s = QuotientRule<Nox16s, Nox16s>;
 } // namespace
 
 // One line per member: types and tag, channels, scratch, parallel rule, rule of the sums.
-#define NOX_ROWS_SIZE(TAG, CHANNELS, PER_TAP, REST)                                                                    \
-    NoxStatus noxiFilterRowBorderPipelineGetBufferSize_##TAG##_C##CHANNELS##R(NoxiSize roi, int kernelSize,            \
-                                                                              int *size) {                             \
+#define NOX_ROWS_SIZE(FUNCTION, PER_TAP, REST)                                                                         \
+    NoxStatus FUNCTION(NoxiSize roi, int kernelSize, int *size) {                                                      \
         return pipelineBufferSize(roi, kernelSize, size, {PER_TAP, REST});                                             \
     }
 
-#define NOX_ROWS(TYPE, OUT, TAG, CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL, MEMBER)                            \
-    NOX_ROWS_SIZE(TAG, CHANNELS, PER_TAP, REST)                                                                        \
-    NoxStatus noxiFilterRowBorderPipeline_##TAG##_C##CHANNELS##R(                                                      \
-        const TYPE *src, int srcStep, OUT **rows, NoxiSize roi, const Nox16s *kernel, int kernelSize, int xAnchor,     \
-        int borderType, VALUE borderValue, int divisor, Nox8u *buffer) {                                               \
+#define NOX_ROWS(SIZE_FUNCTION, FUNCTION, TYPE, OUT, CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL, MEMBER)        \
+    NOX_ROWS_SIZE(SIZE_FUNCTION, PER_TAP, REST)                                                                        \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, OUT **rows, NoxiSize roi, const Nox16s *kernel, int kernelSize,   \
+                       int xAnchor, int borderType, VALUE borderValue, int divisor, Nox8u *buffer) {                   \
         const RowCall<TYPE> call = {{src, srcStep}, roi, kernelSize, xAnchor, borderType, ADDRESS};                    \
-        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, divisor);                             \
+        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, divisor, {PER_TAP, REST});            \
         return status != noxStsNoError ? status                                                                        \
                                        : runMember<MEMBER, CHANNELS>(call, rows, kernel, divisor, buffer,              \
                                                                      {PER_TAP, REST}, PipelineRule::PARALLEL);         \
     }
 
-#define NOX_ROWS_32F(CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL)                                                \
-    NOX_ROWS_SIZE(32f, CHANNELS, PER_TAP, REST)                                                                        \
-    NoxStatus noxiFilterRowBorderPipeline_32f_C##CHANNELS##R(                                                          \
-        const Nox32f *src, int srcStep, Nox32f **rows, NoxiSize roi, const Nox32f *kernel, int kernelSize,             \
-        int xAnchor, int borderType, VALUE borderValue, Nox8u *buffer) {                                               \
+#define NOX_ROWS_32F(SIZE_FUNCTION, FUNCTION, CHANNELS, VALUE, ADDRESS, PER_TAP, REST, PARALLEL)                       \
+    NOX_ROWS_SIZE(SIZE_FUNCTION, PER_TAP, REST)                                                                        \
+    NoxStatus FUNCTION(const Nox32f *src, int srcStep, Nox32f **rows, NoxiSize roi, const Nox32f *kernel,              \
+                       int kernelSize, int xAnchor, int borderType, VALUE borderValue, Nox8u *buffer) {                \
         const RowCall<Nox32f> call = {{src, srcStep}, roi, kernelSize, xAnchor, borderType, ADDRESS};                  \
-        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, 1);                                   \
+        const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, 1, {PER_TAP, REST});                  \
         return status != noxStsNoError ? status                                                                        \
                                        : runRows<CHANNELS>(call, RoundedRule(kernel, kernelSize), rows, buffer,        \
                                                            {PER_TAP, REST}, PipelineRule::PARALLEL);                   \
     }
 
-NOX_ROWS(Nox8u, Nox16s, 8u16s, 1, Nox8u, &borderValue, 4, 32, always, QuotientMember8u)
-NOX_ROWS(Nox8u, Nox16s, 8u16s, 3, const Nox8u *, borderValue, 12, 32, always, QuotientMember8u)
-NOX_ROWS(Nox16s, Nox16s, 16s, 1, Nox16s, &borderValue, 48, 80, largeKernel, FoldedMember)
-NOX_ROWS(Nox16s, Nox16s, 16s, 3, const Nox16s *, borderValue, 28, 32, always, QuotientMember16s)
-NOX_ROWS(Nox16s, Nox16s, Low_16s, 1, Nox16s, &borderValue, 24, 64, always, LowMember)
-NOX_ROWS(Nox16s, Nox16s, Low_16s, 3, const Nox16s *, borderValue, 208, 64, always, LowProductRule)
-NOX_ROWS_32F(1, Nox32f, &borderValue, 16, 32, separable)
-NOX_ROWS_32F(3, const Nox32f *, borderValue, 192, 32, always)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_8u16s_C1R, noxiFilterRowBorderPipeline_8u16s_C1R, Nox8u, Nox16s, 1,
+         Nox8u, &borderValue, 4, 32, always, QuotientMember8u)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_8u16s_C3R, noxiFilterRowBorderPipeline_8u16s_C3R, Nox8u, Nox16s, 3,
+         const Nox8u *, borderValue, 12, 32, always, QuotientMember8u)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_16s_C1R, noxiFilterRowBorderPipeline_16s_C1R, Nox16s, Nox16s, 1,
+         Nox16s, &borderValue, 48, 80, largeKernel, FoldedMember)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_16s_C3R, noxiFilterRowBorderPipeline_16s_C3R, Nox16s, Nox16s, 3,
+         const Nox16s *, borderValue, 28, 32, always, QuotientMember16s)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R, noxiFilterRowBorderPipeline_Low_16s_C1R, Nox16s, Nox16s,
+         1, Nox16s, &borderValue, 24, 64, always, LowMember)
+NOX_ROWS(noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R, noxiFilterRowBorderPipeline_Low_16s_C3R, Nox16s, Nox16s,
+         3, const Nox16s *, borderValue, 208, 64, always, LowProductRule)
+NOX_ROWS_32F(noxiFilterRowBorderPipelineGetBufferSize_32f_C1R, noxiFilterRowBorderPipeline_32f_C1R, 1, Nox32f,
+             &borderValue, 16, 32, separable)
+NOX_ROWS_32F(noxiFilterRowBorderPipelineGetBufferSize_32f_C3R, noxiFilterRowBorderPipeline_32f_C3R, 3, const Nox32f *,
+             borderValue, 192, 32, always)

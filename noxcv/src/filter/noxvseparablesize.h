@@ -2,6 +2,7 @@
 #pragma once
 
 #include "checks.h"
+#include "frame/noxvworkbuffer.h"
 #include "frame/owncvomp.h"
 #include "noxtypes.h"
 
@@ -14,18 +15,25 @@ struct ScratchSize {
     constexpr long long bytes(int kernelSize) const { return static_cast<long long>(perTap) * kernelSize + rest; }
 };
 
+// The scratch of the members that the border filters stand on.
+inline constexpr ScratchSize rowScratch8u16s = {4, 32}, rowScratch32f = {16, 32}, columnScratch16s = {4, 32},
+                             columnScratch32f = {0, 0};
+
 /// Bytes before the first thread's scratch, for n threads.
 inline long long pipelinePointerBytes(NoxiSize roi, int kernelSize, long long n) {
-    return n * 32 + n * (static_cast<long long>(roi.height) + kernelSize) * static_cast<long long>(sizeof(void *));
+    constexpr long long pointer = sizeof(void *);
+    return limitedProduct(n, 32 + (static_cast<long long>(roi.height) + kernelSize) * pointer);
+}
+
+/// Bytes of a pipeline's buffer, for as many threads as there are now.
+inline long long pipelineBufferBytes(NoxiSize roi, int kernelSize, ScratchSize scratch) {
+    const long long n = sliceCount();
+    return limitedSum(pipelinePointerBytes(roi, kernelSize, n), limitedProduct(n, scratch.bytes(kernelSize)));
 }
 
 inline NoxStatus pipelineBufferSize(NoxiSize roi, int kernelSize, int *size, ScratchSize scratch) {
     const NoxStatus status = firstFailure(checkPointers(size), checkSize(roi), checkLength(kernelSize));
-    if (status == noxStsNoError) {
-        const long long n = owncvGetMaxNumThreads();
-        *size = static_cast<int>(pipelinePointerBytes(roi, kernelSize, n) + n * scratch.bytes(kernelSize));
-    }
-    return status;
+    return status != noxStsNoError ? status : storeSize(pipelineBufferBytes(roi, kernelSize, scratch), size);
 }
 
 /// What decides, beyond the area, whether a pipeline goes parallel.

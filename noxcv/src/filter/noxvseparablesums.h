@@ -17,7 +17,7 @@ namespace nox {
 inline long long weightOf(const Nox16s *taps, int tapCount) {
     long long weight = 0;
     for (int j = 0; j < tapCount; ++j)
-        weight += std::abs(static_cast<int>(taps[j]));
+        weight += std::abs(static_cast<int>(elements(taps)[j]));
     return weight;
 }
 
@@ -26,16 +26,16 @@ template <class Sum, class Window>
 Sum sumOf(Window window, const Nox16s *taps, int tapCount) {
     Sum sum = 0;
     for (int j = 0; j < tapCount; ++j)
-        sum += static_cast<Sum>(window[j][0] * taps[j]);
+        sum += static_cast<Sum>(window[j][0] * elements(taps)[j]);
     return sum;
 }
 
 /// The sum in extended precision, j ascending.
 template <class Window>
 long double extendedSumOf(Window window, const Nox32f *taps, int tapCount) {
-    long double sum = static_cast<long double>(window[0][0]) * taps[0];
+    long double sum = static_cast<long double>(window[0][0]) * elements(taps)[0];
     for (int j = 1; j < tapCount; ++j)
-        sum += static_cast<long double>(window[j][0]) * taps[j];
+        sum += static_cast<long double>(window[j][0]) * elements(taps)[j];
     return sum;
 }
 
@@ -74,7 +74,7 @@ public:
         } else if constexpr (!wraps) {
             if (level_ == Level::plain) {
                 for (int x = 0; x < count; ++x)
-                    dst[x] = one(window.from(x));
+                    elements(dst)[x] = one(window.from(x));
                 return;
             }
             alignas(32) Nox64f sums[blockLength];
@@ -161,7 +161,7 @@ struct TapSpread {
         const Spread spread = spreadOf(taps, tapCount);
         double weight = 0;
         for (int j = 0; j < tapCount; ++j)
-            weight += std::fabs(static_cast<double>(taps[j]));
+            weight += std::fabs(static_cast<double>(elements(taps)[j]));
         // A million taps and the rounding of their sum.
         return {spread.quantum, weight * (1 + 0x1p-30)};
     }
@@ -190,7 +190,7 @@ public:
         if (storeTruncated(sums, dst, count, margin_))
             for (int x = 0; x < count; ++x)
                 if (truncatesDoubtfully(sums[x], margin_))
-                    dst[x] = one(window.from(x));
+                    elements(dst)[x] = one(window.from(x));
     }
 
 private:
@@ -234,8 +234,8 @@ private:
         Nox64f sums[blockLength];
         sumTaps(window, taps_, tapCount_, sums, count);
         for (int x = 0; x < count; ++x)
-            if (roundsDoubtfully(sums[x], dst[x], certain))
-                dst[x] = one(window.from(x));
+            if (roundsDoubtfully(sums[x], elements(dst)[x], certain))
+                elements(dst)[x] = one(window.from(x));
     }
 
     const Nox32f *taps_;
@@ -252,7 +252,7 @@ void filterLine(const Rule &rule, Window window, typename Rule::Output *dst, int
             rule.block(window.from(x), dst + x, length, more...);
         else
             for (int i = x; i < count; ++i)
-                dst[i] = rule.one(window.from(i));
+                elements(dst)[i] = rule.one(window.from(i));
     }
 }
 

@@ -2,6 +2,7 @@
 #include "checks.h"
 #include "noxcv/filter.h"
 #include "numerics.h"
+#include "rows.h"
 
 using namespace nox;
 
@@ -14,11 +15,12 @@ NOX_INLINE Nox32f subtract(Nox32f a, Nox32f b) { return a - b; }
 
 /// From 0, ..., 0, 1: size - dx - 1 sums of neighbours, then dx differences.
 template <class T>
-NoxStatus sobelKernel(T *kernel, int size, int dx, int sign) {
+NoxStatus sobelKernel(T *taps, int size, int dx, int sign) {
     const NoxStatus status =
-        firstFailure(checkPointers(kernel), require(size >= 1 && size % 2 == 1 && dx >= 0 && dx < size, noxStsBadSize));
+        firstFailure(checkPointers(taps), require(size >= 1 && size % 2 == 1 && dx >= 0 && dx < size, noxStsBadSize));
     if (status != noxStsNoError)
         return status;
+    Element<T> *kernel = taps;
     for (int j = 0; j < size; ++j)
         kernel[j] = static_cast<T>(j == size - 1 ? 1 : 0);
     for (int i = 1; i < size; ++i)

@@ -11,6 +11,21 @@
 
 namespace nox {
 
+/// a + b and a * b of lengths that are not negative; what 64 bits do not hold becomes the largest value.
+constexpr long long limitedSum(long long a, long long b) {
+    long long sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<long long>::max() : sum;
+}
+constexpr long long limitedProduct(long long a, long long b) {
+    long long product = 0;
+    return __builtin_mul_overflow(a, b, &product) ? std::numeric_limits<long long>::max() : product;
+}
+
+/// noxStsBadSize for a buffer whose size no int tells: the check that stands last in an entry.
+constexpr NoxStatus checkBufferBytes(long long bytes) {
+    return bytes >= 0 && bytes <= INT_MAX ? noxStsNoError : noxStsBadSize;
+}
+
 /// Gives out the areas of a buffer one behind the other. A family describes its layout once, as a function or a
 /// constructor that takes a WorkBuffer; over no memory that tells the size, over the caller's buffer it gives the
 /// pointers, so the two cannot disagree:
@@ -40,17 +55,15 @@ public:
     template <class T>
     T *take(long long length) {
         unsigned char *area = base_ + (base_ == nullptr ? 0 : static_cast<std::ptrdiff_t>(bytes_));
-        long long bytes = 0;
-        if (length > 0 && (__builtin_mul_overflow(length, static_cast<long long>(sizeof(T)), &bytes) ||
-                           __builtin_add_overflow(bytes_, bytes, &bytes_)))
-            bytes_ = std::numeric_limits<long long>::max();
+        if (length > 0)
+            bytes_ = limitedSum(bytes_, limitedProduct(length, static_cast<long long>(sizeof(T))));
         return reinterpret_cast<T *>(area);
     }
     /// Goes on at the next multiple of `multiple` bytes from the start.
     WorkBuffer &aligned(int multiple) {
         const long long rest = bytes_ & (multiple - 1);
-        if (rest != 0 && __builtin_add_overflow(bytes_, multiple - rest, &bytes_))
-            bytes_ = std::numeric_limits<long long>::max();
+        if (rest != 0)
+            bytes_ = limitedSum(bytes_, multiple - rest);
         return *this;
     }
     /// What has been taken so far, gaps included.
@@ -63,10 +76,10 @@ private:
 
 /// Stores a size that an int holds; noxStsBadSize, and nothing stored, for one that it does not.
 inline NoxStatus storeSize(long long bytes, int *size) {
-    if (bytes < 0 || bytes > INT_MAX)
-        return noxStsBadSize;
-    *size = static_cast<int>(bytes);
-    return noxStsNoError;
+    const NoxStatus status = checkBufferBytes(bytes);
+    if (status == noxStsNoError)
+        *size = static_cast<int>(bytes);
+    return status;
 }
 
 } // namespace nox

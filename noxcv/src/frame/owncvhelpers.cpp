@@ -6,9 +6,13 @@
 #include <cstdint>
 #include <cstring>
 
+#include "rows.h"
+
+using namespace nox;
+
 namespace {
 
-NOX_TIERS void multiplyBuffers(std::ptrdiff_t count, Nox32f *dx, Nox32f *dxdy, Nox32f *dy) {
+NOX_TIERS void multiplyBuffers(std::ptrdiff_t count, Element<Nox32f> *dx, Element<Nox32f> *dxdy, Element<Nox32f> *dy) {
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const Nox32f x = dx[i], y = dy[i];
         dxdy[i] = x * y;
@@ -37,10 +41,10 @@ Nox64f owncvGetScale_32s64f(int scaleFactor) {
 
 int owncvRowMatrAlErr(const void *const *rows, int count) {
     constexpr std::uintptr_t alignment = 16;
-    return std::any_of(rows, rows + std::max(count, 0),
-                       [](const void *row) { return reinterpret_cast<std::uintptr_t>(row) % alignment != 0; })
-               ? 1
-               : 0;
+    for (int y = 0; y < count; ++y)
+        if (reinterpret_cast<std::uintptr_t>(elements(rows)[y]) % alignment != 0)
+            return 1;
+    return 0;
 }
 
 void owncvMulDBuffers_32f(int width, int height, Nox32f *dx, Nox32f *dxdy, Nox32f *dy) {
@@ -54,9 +58,9 @@ void owncvMulDBuffers_16s32f(int width, int height, Nox32f *dx, Nox32f *dxdy, No
         for (int x = width - 1; x >= 0; --x) {
             const auto gx = static_cast<Nox32f>(narrowElement(dx, x));
             const auto gy = static_cast<Nox32f>(narrowElement(dy, x));
-            dx[x] = gx * gx;
-            dxdy[x] = gx * gy;
-            dy[x] = gy * gy;
+            elements(dx)[x] = gx * gx;
+            elements(dxdy)[x] = gx * gy;
+            elements(dy)[x] = gy * gy;
         }
     }
 }

@@ -11,7 +11,13 @@ int owncvGetNumThreads() {
 
 int owncvGetMaxNumThreads() { return owncvGetNumThreads(); }
 
-int owncvGetIdThreads() { return omp_get_thread_num(); }
+int owncvGetIdThreads() {
+#ifdef _OPENMP
+    return omp_get_thread_num();
+#else
+    return 0;
+#endif
+}
 
 int runomp() {
     const int cores = noxGetNumCoresOnDie();
@@ -38,7 +44,13 @@ bool forked = false;
 
 } // namespace
 
-bool mayOpenTeam() { return !forked; }
+bool mayOpenTeam() {
+#ifdef _OPENMP
+    return !forked;
+#else
+    return false;
+#endif
+}
 
 FloatControl FloatControl::ofThisThread() {
     FloatControl control;

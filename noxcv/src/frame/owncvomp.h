@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
+#ifdef _OPENMP
 #include <omp.h>
+#endif
 
 #include "noxcore.h"
 #include "noxtypes.h"
@@ -76,6 +78,7 @@ void runTeam(int most, const Body &body) {
         body(0, 1);
         return;
     }
+#ifdef _OPENMP
     const FloatControl control = FloatControl::ofThisThread();
 #pragma omp parallel num_threads(asked)
     {
@@ -89,6 +92,7 @@ void runTeam(int most, const Body &body) {
             own.restore();
         }
     }
+#endif
 }
 
 /// Runs body(Slice) for every slice of `rows` rows in a team. Each thread takes every team-size-th slice, so that all
@@ -126,9 +130,11 @@ public:
 
 private:
     void wait() const {
+#ifdef _OPENMP
         if (team_ > 1) { // a team of one may stand in a region of the caller's, whose barrier is not ours
 #pragma omp barrier
         }
+#endif
     }
     int roles_, index_, team_;
 };

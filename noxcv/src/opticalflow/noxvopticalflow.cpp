@@ -7,11 +7,11 @@
 
 #include "checks.h"
 #include "filter/noxvfilterborder.h"
+#include "frame/noxvdatatype.h"
 #include "frame/owncvomp.h"
 #include "noxcv/filter.h"
 #include "noxcv/primitives.h"
 #include "noxvopticalflowpoint.h"
-#include "pyramid/noxvpyrlayer.h"
 #include "rows.h"
 
 using namespace nox;
@@ -27,24 +27,20 @@ constexpr int planeMargin = 5;
 
 using ScharrSize = NoxStatus (*)(NoxiSize roi, int *size);
 
-/// The filter's buffer, or -1 when an int cannot tell its size. What the query tells wraps; the terms below are all but
-/// a few of its bytes, so that a wrapped size is less than they are.
+/// The filter's buffer, or -1 when an int cannot tell its size.
 long long scharrBytes(ScharrSize query, NoxiSize roi) {
-    const long long threads = sliceCount();
-    const long long rows = roi.width * 42LL, pointers = threads * roi.height * 8LL;
     int size = 0;
-    query(roi, &size);
-    return size < threads * (rows + pointers) ? -1 : size;
+    return query(roi, &size) == noxStsNoError ? size : -1;
 }
 
 /// Bytes of the buffer, or -1 when an int cannot tell them.
 long long bufferBytes(NoxiSize roi, long long winSize, long long threads, int dataType) {
     constexpr long long largest = std::numeric_limits<int>::max();
-    const bool bytes = dataType == pyramidType8u;
+    const bool bytes = dataType == dataType8u;
     const long long width = static_cast<long long>(roi.width) + planeMargin,
                     height = static_cast<long long>(roi.height) + planeMargin;
-    // Windows of 2^14 are too large anyway; the limit keeps the terms below in 64 bits.
-    if (width > largest || height > largest || winSize > (1 << 14) || width * height > largest)
+    // Windows of 2^14 are too large anyway, and so are 2^23 threads; the limits keep the terms below in 64 bits.
+    if (width > largest || height > largest || winSize > (1 << 14) || threads > (1 << 23) || width * height > largest)
         return -1;
     const NoxiSize extended = {static_cast<int>(width), static_cast<int>(height)};
     const long long horiz = scharrBytes(bytes ? noxiFilterScharrHorizGetBufferSize_8u16s_C1R
@@ -55,7 +51,7 @@ long long bufferBytes(NoxiSize roi, long long winSize, long long threads, int da
                                        extended);
     if (horiz < 0 || vert < 0)
         return -1;
-    const long long p = (winSize + 3) * (winSize + 3), planes = dataType == pyramidType16u ? 3 : 2,
+    const long long p = (winSize + 3) * (winSize + 3), planes = dataType == dataType16u ? 3 : 2,
                     s = std::max(horiz, vert) + width * height * planes,
                     a = (4 * winSize + 12) * (winSize + 3) * 2 + 4 * p;
     const long long size =
@@ -81,7 +77,7 @@ public:
     LevelDerivatives(Nox8u *memory, NoxiSize largest, int filterThreads)
         : step_((largest.width + planeMargin) * static_cast<int>(sizeof(Cell))),
           bytes_(roundUp<std::ptrdiff_t>(std::ptrdiff_t{step_} * largest.height, pieceAlignment)), memory_(memory),
-          parallel_(owncvGetMaxNumThreads() <= filterThreads) {}
+          parallel_(sliceCount() <= filterThreads) {}
 
     FlowPlanes<Cell> compute(const FlowLevel<T> &level) const;
 
@@ -97,12 +93,12 @@ private:
 
 // Without a buffer for all threads the engine runs on this one, in one thread's share; it gives the same bits.
 
-#define NOX_SCHARR(SOURCE, CELL, TAG, TAP)                                                                             \
+#define NOX_SCHARR(VERT_FUNCTION, HORIZ_FUNCTION, SOURCE, CELL, TAG, TAP)                                              \
     void scharr(const SOURCE *src, int srcStep, NoxiSize size, CELL *dx, CELL *dy, int step, Nox8u *buffer,            \
                 bool parallel) {                                                                                       \
         if (parallel) {                                                                                                \
-            noxiFilterScharrVertBorder_##TAG##_C1R(src, srcStep, dx, step, size, noxBorderReplicate, 0, buffer);       \
-            noxiFilterScharrHorizBorder_##TAG##_C1R(src, srcStep, dy, step, size, noxBorderReplicate, 0, buffer);      \
+            VERT_FUNCTION(src, srcStep, dx, step, size, noxBorderReplicate, 0, buffer);                                \
+            HORIZ_FUNCTION(src, srcStep, dy, step, size, noxBorderReplicate, 0, buffer);                               \
             return;                                                                                                    \
         }                                                                                                              \
         ownFilterConvolution_##TAG##_C1R(src, srcStep, dx, step, size.width, size.height, kerDx_3_##TAP, 3,            \
@@ -110,8 +106,8 @@ private:
         ownFilterConvolution_##TAG##_C1R(src, srcStep, dy, step, size.width, size.height, kerScharr_3_##TAP, 3,        \
                                          kerDx_3_##TAP, 3, noxBorderReplicate, 0, buffer, 1, 1);                       \
     }
-NOX_SCHARR(Nox8u, Nox16s, 8u16s, 16s)
-NOX_SCHARR(Nox32f, Nox32f, 32f, 32f)
+NOX_SCHARR(noxiFilterScharrVertBorder_8u16s_C1R, noxiFilterScharrHorizBorder_8u16s_C1R, Nox8u, Nox16s, 8u16s, 16s)
+NOX_SCHARR(noxiFilterScharrVertBorder_32f_C1R, noxiFilterScharrHorizBorder_32f_C1R, Nox32f, Nox32f, 32f, 32f)
 
 /// To the scale of the patches: a sum of 32 weights for a value times 128, or for the value itself.
 void rescale(Nox16s *row, int width) { noxsMulC_16s_ISfs(4, row, width, 0); }
@@ -149,7 +145,7 @@ public:
 
     void run() const {
         noxsSet_8u(static_cast<Nox8u>(maxLevel_ + 1), reinterpret_cast<Nox8u *>(call_.status), numPoints_);
-        std::fill_n(call_.error, numPoints_, 0.0F);
+        noxsSet_32f(0.0F, call_.error, numPoints_);
         std::memset(state_.buffer, 0, static_cast<std::size_t>(sliceBytes<Cell>(call_.winSize)) * slices_);
         for (int level = maxLevel_; level >= coarsest_; --level)
             runCoarse(level);
@@ -206,11 +202,6 @@ private:
     int numPoints_, maxLevel_, slices_, coarsest_;
 };
 
-template <class T>
-constexpr int selectorOf() {
-    return std::is_same_v<T, Nox8u> ? pyramidType8u : std::is_same_v<T, Nox16u> ? pyramidType16u : pyramidType32f;
-}
-
 /// The threshold of the call is in place of its square.
 template <class T>
 NoxStatus track(FlowCall call, int numPoints, int maxLevel, const NoxiOptFlowPyrLKState *state) {
@@ -223,7 +214,7 @@ NoxStatus track(FlowCall call, int numPoints, int maxLevel, const NoxiOptFlowPyr
         require(maxLevel >= 0 && call.maxIter >= 1, noxStsBadArgument),
         require(!(call.squaredThreshold < 0), noxStsBadArgument),
         require(maxLevel <= call.pyramid1->level && maxLevel <= call.pyramid2->level, noxStsBadArgument),
-        require(state->dataType == selectorOf<T>(), noxStsBadArgument));
+        require(state->dataType == dataTypeOf<T>, noxStsBadArgument));
     if (status != noxStsNoError)
         return status;
     call.squaredThreshold *= call.squaredThreshold;
@@ -264,20 +255,20 @@ NoxStatus ownOpticalFlowPyrLKInitAlloc(NoxiOptFlowPyrLKState **state, NoxiSize r
     return noxStsNoError;
 }
 
-#define NOX_TRACKER(TYPE, TAG)                                                                                         \
-    NoxStatus noxiOpticalFlowPyrLKInitAlloc_##TAG##_C1R(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize,      \
-                                                        int hint) {                                                    \
-        return ownOpticalFlowPyrLKInitAlloc(state, roi, winSize, hint, selectorOf<TYPE>());                            \
+#define NOX_TRACKER(INIT_ALLOC_FUNCTION, FREE_FUNCTION, FUNCTION, TYPE)                                                \
+    NoxStatus INIT_ALLOC_FUNCTION(NoxiOptFlowPyrLKState **state, NoxiSize roi, int winSize, int hint) {                \
+        return ownOpticalFlowPyrLKInitAlloc(state, roi, winSize, hint, dataTypeOf<TYPE>);                              \
     }                                                                                                                  \
-    NoxStatus noxiOpticalFlowPyrLKFree_##TAG##_C1R(NoxiOptFlowPyrLKState *state) { return freeState(state); }          \
-    NoxStatus noxiOpticalFlowPyrLK_##TAG##_C1R(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2,               \
-                                               const NoxiPoint32f *prevPts, NoxiPoint32f *nextPts, Nox8s *status,      \
-                                               Nox32f *error, int numPoints, int winSize, int maxLevel, int maxIter,   \
-                                               Nox32f threshold, NoxiOptFlowPyrLKState *state) {                       \
+    NoxStatus FREE_FUNCTION(NoxiOptFlowPyrLKState *state) { return freeState(state); }                                 \
+    NoxStatus FUNCTION(const NoxiPyramid *pyramid1, const NoxiPyramid *pyramid2, const NoxiPoint32f *prevPts,          \
+                       NoxiPoint32f *nextPts, Nox8s *status, Nox32f *error, int numPoints, int winSize, int maxLevel,  \
+                       int maxIter, Nox32f threshold, NoxiOptFlowPyrLKState *state) {                                  \
         return track<TYPE>({pyramid1, pyramid2, prevPts, nextPts, status, error, winSize, maxIter, threshold, 1.0},    \
                            numPoints, maxLevel, state);                                                                \
     }
 
-NOX_TRACKER(Nox8u, 8u)
-NOX_TRACKER(Nox16u, 16u)
-NOX_TRACKER(Nox32f, 32f)
+NOX_TRACKER(noxiOpticalFlowPyrLKInitAlloc_8u_C1R, noxiOpticalFlowPyrLKFree_8u_C1R, noxiOpticalFlowPyrLK_8u_C1R, Nox8u)
+NOX_TRACKER(noxiOpticalFlowPyrLKInitAlloc_16u_C1R, noxiOpticalFlowPyrLKFree_16u_C1R, noxiOpticalFlowPyrLK_16u_C1R,
+            Nox16u)
+NOX_TRACKER(noxiOpticalFlowPyrLKInitAlloc_32f_C1R, noxiOpticalFlowPyrLKFree_32f_C1R, noxiOpticalFlowPyrLK_32f_C1R,
+            Nox32f)

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <tuple>
 
 #include <emmintrin.h>
@@ -77,8 +78,8 @@ struct Weighted {
 NOX_TIERS void interpolatePlane(Rows<const Nox16s> src, Rows<Nox16s> dst, NoxiSize rect, const Corners<int> &w) {
     const __m128i upper = pairOf(w.w00, w.w10), lower = pairOf(w.w01, w.w11);
     for (int y = 0; y < rect.height; ++y) {
-        const Nox16s *p = src[y], *q = src[y + 1];
-        Nox16s *d = dst[y];
+        const Element<Nox16s> *p = src[y], *q = src[y + 1];
+        Element<Nox16s> *d = dst[y];
         if (rect.width < 8) {
             for (int x = 0; x < rect.width; ++x)
                 d[x] = saturate<Nox16s>(
@@ -164,7 +165,8 @@ void ownModifiedConvolution_16s_C1R(const Nox16s *src, int srcStep, Nox16s *dst,
          {std::tuple(corners.w00, 0, 0), {corners.w10, 1, 0}, {corners.w01, 0, 1}, {corners.w11, 1, 1}})
         if (weight == 32768) {
             for (int row = 0; row < rect.height; ++row)
-                std::copy_n(rows[row + down] + right, rect.width, Rows<Nox16s>{dst, dstStep}[row]);
+                std::memmove(Rows<Nox16s>{dst, dstStep}[row], rows[row + down] + right,
+                             sizeof(Nox16s) * static_cast<std::size_t>(rect.width));
             return;
         }
     interpolatePlane(rows, {dst, dstStep}, rect, corners);

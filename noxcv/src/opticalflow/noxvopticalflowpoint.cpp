@@ -3,6 +3,7 @@
 #include "noxvopticalflowpoint.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "noxcv/sampling.h"
 #include "noxvopticalflowsums.h"
@@ -29,6 +30,16 @@ NoxiPoint32f divided(NoxiPoint32f p, Nox64f by) {
     return {static_cast<Nox32f>(p.x / by), static_cast<Nox32f>(p.y / by)};
 }
 NoxiPoint32f toSingle(long double x, long double y) { return {static_cast<Nox32f>(x), static_cast<Nox32f>(y)}; }
+
+// The caller's points may lie at any address.
+NoxiPoint32f pointOf(const NoxiPoint32f *points, int index) {
+    NoxiPoint32f point;
+    std::memcpy(&point, points + index, sizeof(point));
+    return point;
+}
+void setPoint(NoxiPoint32f *points, int index, NoxiPoint32f point) {
+    std::memcpy(points + index, &point, sizeof(point));
+}
 
 // The patch functions of each type.
 
@@ -90,6 +101,9 @@ struct NormalEquations {
 } // namespace
 
 namespace nox {
+
+template <class T>
+PointTracker<T>::PointTracker(const FlowCall &call, Cell *cells) : call_(call), patches_(cells, call.winSize) {}
 
 template <class T>
 Window PointTracker<T>::cutFirst(const FlowLevel<T> &level, NoxiPoint32f at) {
@@ -160,7 +174,7 @@ FlowEnd PointTracker<T>::follow(int point, int level, NoxiPoint32f &estimate, co
     window_ = nothing;
     if (!second.usable())
         return FlowEnd::lost;
-    const NoxiPoint32f at = multiplied(call_.prevPts[point], call_.pyramid1->rates[level]);
+    const NoxiPoint32f at = multiplied(pointOf(call_.prevPts, point), call_.pyramid1->rates[level]);
     const Window bounds = cutFirst(first, at);
     if (planes != nullptr)
         cutPlanes(*planes, first.size, bounds, at);
@@ -190,29 +204,29 @@ bool PointTracker<T>::advance(int point, int level, NoxiPoint32f &estimate, cons
     if (end == FlowEnd::unread)
         return false;
     if (end == FlowEnd::outside)
-        call_.nextPts[point] = divided(estimate, call_.pyramid1->rates[level]);
+        setPoint(call_.nextPts, point, divided(estimate, call_.pyramid1->rates[level]));
     if (end != FlowEnd::tracked)
         call_.status[point] = static_cast<Nox8s>(level + 1);
     // Each level replaces the error of the one before, so only the last one that reads an image needs to compute it.
     if (end != FlowEnd::tracked || level == 0 || !FlowLevel<T>(*call_.pyramid1, level - 1).usable())
-        call_.error[point] = residual();
+        elements(call_.error)[point] = residual();
     return end == FlowEnd::tracked;
 }
 
 template <class T>
 void PointTracker<T>::coarse(int point, int level, const FlowPlanes<Cell> &planes) {
     const Nox64f rate = call_.pyramid1->rates[level];
-    NoxiPoint32f estimate = multiplied(call_.nextPts[point], rate);
+    NoxiPoint32f estimate = multiplied(pointOf(call_.nextPts, point), rate);
     if (advance(point, level, estimate, &planes))
-        call_.nextPts[point] = level == 0 ? estimate : divided(estimate, rate);
+        setPoint(call_.nextPts, point, level == 0 ? estimate : divided(estimate, rate));
 }
 
 template <class T>
 void PointTracker<T>::fine(int point, int level) {
-    NoxiPoint32f estimate = multiplied(call_.nextPts[point], call_.pyramid1->rates[level]);
+    NoxiPoint32f estimate = multiplied(pointOf(call_.nextPts, point), call_.pyramid1->rates[level]);
     for (; advance(point, level, estimate, nullptr); --level, estimate = multiplied(estimate, call_.downScale))
         if (level == 0) {
-            call_.nextPts[point] = estimate;
+            setPoint(call_.nextPts, point, estimate);
             return;
         }
 }

@@ -63,7 +63,7 @@ public:
     using Cell = FlowCell<T>;
 
     /// cells: patches' worth of zeros.
-    PointTracker(const FlowCall &call, Cell *cells) : call_(call), patches_(cells, call.winSize) {}
+    PointTracker(const FlowCall &call, Cell *cells);
 
     /// One level with derivatives of the whole level. The estimate comes from and goes to the point's result.
     void coarse(int point, int level, const FlowPlanes<Cell> &planes);

@@ -1,5 +1,6 @@
 // The pyramid record: how large the levels are, and their scales.
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "noxcv/primitives.h"
@@ -44,6 +45,17 @@ int downLength(int n, Nox32f rate) {
 
 NoxiSize downSize(NoxiSize roi, Nox32f rate) { return {downLength(roi.width, rate), downLength(roi.height, rate)}; }
 
+/// Levels that there are at least, told at once. A line of n samples has a length of at least n / rate - 1, less what
+/// single precision takes away, one level down; so k levels take it to no less than n / rate^k - k, times nearly 1.
+int fewestLevels(NoxiSize size, Nox32f rate) {
+    const Nox64f longest = std::max(size.width, size.height), growth = std::log(static_cast<Nox64f>(rate) + 0x1p-20);
+    int count = 0;
+    for (int step = 1 << 30; step > 0; step /= 2)
+        if (const Nox64f levels = static_cast<Nox64f>(count) + step; longest * std::exp(-growth * levels) - levels > 2)
+            count += step;
+    return count;
+}
+
 /// How many levels there are above level 0, up to `wanted`.
 int countLevels(NoxiSize size, Nox32f rate, int wanted) {
     int count = 0;
@@ -76,11 +88,14 @@ NoxStatus noxiPyramidInitAlloc(NoxiPyramid **pyramid, int level, NoxiSize roi, N
         firstFailure(checkPointers(pyramid), checkSize(roi), checkRate(rate), require(level >= 1, noxStsBadArgument));
     if (status != noxStsNoError)
         return status;
-    // Level by level the larger side shrinks by one pixel at least, so the count needs no list of sizes.
-    const int last = countLevels(roi, rate, level), levels = last + 1;
     // More than the arrays need, also with wide pointers.
     constexpr int bytesALevel = 44, bytesBesides = 112;
-    if (last > (std::numeric_limits<int>::max() - bytesBesides) / bytesALevel)
+    // A record of four million levels takes 176 megabytes: one of more is refused, and most of those without a count.
+    constexpr int mostLevels = 1 << 22;
+    if (std::min(level, fewestLevels(roi, rate)) > mostLevels)
+        return noxStsNoMemory;
+    const int last = countLevels(roi, rate, std::min(level, mostLevels + 1)), levels = last + 1;
+    if (last > mostLevels)
         return noxStsNoMemory;
     Nox8u *block = noxsMalloc_8u(last * bytesALevel + bytesBesides);
     if (block == nullptr)

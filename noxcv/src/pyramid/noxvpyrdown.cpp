@@ -6,9 +6,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <type_traits>
 
 #include "borders.h"
+#include "frame/noxvrowring.h"
 #include "noxvpyrlayer.h"
 #include "numerics.h"
 
@@ -228,20 +230,20 @@ NOX_TIERS void resampleRow(const P *plane, int width, P *out, int outWidth, Nox3
 template <class T, class P>
 NOX_TIERS void resampleColumn(const P *first, const P *second, Nox32f fraction, T *dst, int count) {
     for (int i = 0; i < count; ++i)
-        dst[i] = finish<T>(between(first[i], second[i], fraction));
+        elements(dst)[i] = finish<T>(between(first[i], second[i], fraction));
 }
 
 template <class T, class P>
 NOX_TIERS void storeRow(const P *row, T *dst, int count) {
     for (int i = 0; i < count; ++i)
-        dst[i] = finish<T>(row[i]);
+        elements(dst)[i] = finish<T>(row[i]);
 }
 
 template <int Channels, class T, class P>
 NOX_TIERS void storeEverySecond(const P *plane, T *dst, int pixels) {
     for (int x = 0; x < pixels; ++x)
         for (int c = 0; c < Channels; ++c)
-            dst[x * Channels + c] = finish<T>(plane[2 * x * Channels + c]);
+            elements(dst)[x * Channels + c] = finish<T>(plane[2 * x * Channels + c]);
 }
 
 // ---- one call
@@ -273,7 +275,7 @@ public:
         : src_(src), roi_(roi), kernel_(static_cast<const Tap *>(state.kernel)), size_(state.kernelSize),
           slots_(std::min(size_, roi.height)), count_(static_cast<std::ptrdiff_t>(roi.width) * Channels),
           window_(scratch.take<const Cell *>(size_)), held_(scratch.take<int>(slots_)),
-          ring_(scratch.take<Cell>(slots_ * count_)), plane_(scratch.take<Plane>(count_)),
+          ring_(scratch.take<Cell>(slots_ * count_), slots_, count_), plane_(scratch.take<Plane>(count_)),
           padded_(scratch.take<T>(count_ + (size_ - 1) * Channels)) {
         std::fill_n(held_, slots_, -1);
     }
@@ -298,7 +300,7 @@ private:
     /// Source row y, filtered along the row; at most as many as the kernel has taps are held.
     const Cell *filtered(int y) {
         const int slot = y % slots_;
-        Cell *cells = ring_ + slot * count_;
+        Cell *cells = ring_[y];
         if (held_[slot] == y)
             return cells;
         held_[slot] = y;
@@ -317,7 +319,7 @@ private:
 
     void pad(const T *row) {
         const int half = size_ / 2;
-        std::copy_n(row, count_, padded_ + half * Channels);
+        std::memcpy(padded_ + half * Channels, row, sizeof(T) * static_cast<std::size_t>(count_));
         for (int x = 1; x <= half; ++x) {
             copyPixel(row, -x);
             copyPixel(row, roi_.width - 1 + x);
@@ -325,7 +327,7 @@ private:
     }
     void copyPixel(const T *row, int x) {
         const T *from = row + borderIndex(x, roi_.width, noxBorderMirror) * Channels;
-        std::copy_n(from, Channels, padded_ + static_cast<std::ptrdiff_t>(x + size_ / 2) * Channels);
+        std::memcpy(padded_ + static_cast<std::ptrdiff_t>(x + size_ / 2) * Channels, from, sizeof(T) * Channels);
     }
 
     Rows<const T> src_;
@@ -335,7 +337,7 @@ private:
     std::ptrdiff_t count_;
     const Cell **window_;
     int *held_;
-    Cell *ring_;
+    RowRing<Cell> ring_;
     Plane *plane_;
     T *padded_;
 };
@@ -436,15 +438,14 @@ NoxStatus down(const T *src, int srcStep, NoxiSize srcRoi, T *dst, int dstStep, 
 
 } // namespace
 
-#define NOX_LAYER_DOWN(TYPE, TAG, CHANNELS)                                                                            \
-    NoxStatus noxiPyramidLayerDown_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst,    \
-                                                          int dstStep, NoxiSize dstRoi,                                \
-                                                          NoxiPyramidLayerState *state) {                              \
+#define NOX_LAYER_DOWN(FUNCTION, TYPE, CHANNELS)                                                                       \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst, int dstStep, NoxiSize dstRoi,         \
+                       NoxiPyramidLayerState *state) {                                                                 \
         return down<TYPE, CHANNELS>(src, srcStep, srcRoi, dst, dstStep, dstRoi, state);                                \
     }
-NOX_LAYER_DOWN(Nox8u, 8u, 1)
-NOX_LAYER_DOWN(Nox8u, 8u, 3)
-NOX_LAYER_DOWN(Nox16u, 16u, 1)
-NOX_LAYER_DOWN(Nox16u, 16u, 3)
-NOX_LAYER_DOWN(Nox32f, 32f, 1)
-NOX_LAYER_DOWN(Nox32f, 32f, 3)
+NOX_LAYER_DOWN(noxiPyramidLayerDown_8u_C1R, Nox8u, 1)
+NOX_LAYER_DOWN(noxiPyramidLayerDown_8u_C3R, Nox8u, 3)
+NOX_LAYER_DOWN(noxiPyramidLayerDown_16u_C1R, Nox16u, 1)
+NOX_LAYER_DOWN(noxiPyramidLayerDown_16u_C3R, Nox16u, 3)
+NOX_LAYER_DOWN(noxiPyramidLayerDown_32f_C1R, Nox32f, 1)
+NOX_LAYER_DOWN(noxiPyramidLayerDown_32f_C3R, Nox32f, 3)

@@ -9,6 +9,9 @@
 
 #include "borders.h"
 #include "checks.h"
+#include "frame/noxvdatatype.h"
+#include "frame/noxvrowring.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/pyramid.h"
 #include "numerics.h"
 #include "rows.h"
@@ -19,20 +22,21 @@ namespace {
 
 constexpr int bufferAlignment = 32, rowAlignment = 16;
 constexpr int downRows = 6, upRows = 3;
-enum DataType { type8u = 1, type8s = 3, type32f = 13 };
 
-/// Bytes of `rows` row accumulators of `elements` 32-bit values, with room to align them; wraps like the caller's int.
-int accumulatorBytes(unsigned elements, unsigned rows) {
-    return static_cast<int>(roundUp<unsigned>(elements * 4U, rowAlignment) * rows + bufferAlignment);
+/// Bytes of the row accumulators with room to align them: six rows of the width on the way down, three of twice the
+/// width on the way up, 32 bits an element.
+constexpr long long downBytes(long long width, int channels) {
+    return roundUp<long long>(width * channels * 4, rowAlignment) * downRows + bufferAlignment;
+}
+constexpr long long upBytes(long long width, int channels) {
+    return roundUp<long long>(2 * width * channels * 4, rowAlignment) * upRows + bufferAlignment;
 }
 
-NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, unsigned scale, unsigned rows) {
+NoxStatus gaussBufferSize(int width, int dataType, int channels, int *size, long long (*bytes)(long long, int)) {
     const NoxStatus status = firstFailure(
         checkPointers(size), checkLength(width), require(channels == 1 || channels == 3, noxStsBadChannelCount),
-        require(dataType == type8u || dataType == type8s || dataType == type32f, noxStsBadDataType));
-    if (status == noxStsNoError)
-        *size = accumulatorBytes(static_cast<unsigned>(width) * scale * static_cast<unsigned>(channels), rows);
-    return status;
+        require(dataType == dataType8u || dataType == dataType8s || dataType == dataType32f, noxStsBadDataType));
+    return status != noxStsNoError ? status : storeSize(bytes(width, channels), size);
 }
 
 /// Sums of 8-bit elements fit 16 bits, 255 * 256 at most. Signed elements are moved up by 128 on the way in and down
@@ -51,17 +55,21 @@ NOX_INLINE Nox16u roundedShift(unsigned sum) {
     return static_cast<Nox16u>(static_cast<Nox16u>(sum + (1U << (Shift - 1))) >> Shift);
 }
 
-/// Row accumulators that rotate: each source row is filtered once.
-struct Ring {
-    Nox32f *base;
-    std::ptrdiff_t elements;
-    int rows;
+/// Row accumulators that rotate, so that each source row is filtered once, and what lies behind them.
+struct Accumulators {
+    RowRing<Nox32f> ring;
+    Nox32f *behind;
 
-    Ring(Nox8u *buffer, std::ptrdiff_t rowElements, int rowCount)
-        : base(reinterpret_cast<Nox32f *>(alignUp(buffer, bufferAlignment))),
-          elements(roundUp<std::ptrdiff_t>(rowElements, rowAlignment / sizeof(Nox32f))), rows(rowCount) {}
-    Nox32f *operator[](int y) const { return base + (y % rows) * elements; }
-    Nox32f *end() const { return base + rows * elements; }
+    Accumulators(WorkBuffer &&work, std::ptrdiff_t elements, int rows)
+        : ring(work.take<Nox32f>(static_cast<long long>(padded(elements)) * rows), rows, padded(elements)),
+          behind(work.take<Nox32f>(0)) {}
+    Accumulators(Nox8u *buffer, std::ptrdiff_t elements, int rows)
+        : Accumulators(WorkBuffer(buffer, bufferAlignment), elements, rows) {}
+
+private:
+    static std::ptrdiff_t padded(std::ptrdiff_t elements) {
+        return roundUp<std::ptrdiff_t>(elements, rowAlignment / sizeof(Nox32f));
+    }
 };
 
 // ---- integers, down: five source rows are combined first, then the columns
@@ -197,7 +205,7 @@ NOX_INLINE unsigned oddUp(unsigned here, unsigned after) {
 /// A destination row of one channel: the pixels of an even and an odd place are stored as one 16-bit value.
 template <int Shift, class T>
 NOX_TIERS void spreadRow1(const Nox16u *sums, T *dst, int width) {
-    auto *const __restrict pairs = reinterpret_cast<BytePair *>(dst);
+    BytePair *const __restrict pairs = reinterpret_cast<BytePair *>(dst); // auto would forget its alignment
     for (int x = 0; x < width; ++x) {
         const unsigned even = evenUp<Shift>(sums[x - 1], sums[x], sums[x + 1]),
                        odd = oddUp<Shift>(sums[x], sums[x + 1]);
@@ -247,10 +255,10 @@ void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
 
 // ---- floats
 
-using Four [[gnu::vector_size(16), gnu::aligned(4), gnu::may_alias]] = Nox32f;
+using Four [[gnu::vector_size(16), gnu::aligned(1), gnu::may_alias]] = Nox32f;
 
-NOX_INLINE Four load(const Nox32f *p) { return *reinterpret_cast<const Four *>(p); }
-NOX_INLINE void store(Nox32f *p, Four value) { *reinterpret_cast<Four *>(p) = value; }
+NOX_INLINE Four load(const Element<Nox32f> *p) { return *reinterpret_cast<const Four *>(p); }
+NOX_INLINE void store(Element<Nox32f> *p, Four value) { *reinterpret_cast<Four *>(p) = value; }
 
 constexpr Nox32f downScale = 0.00390625F, upScale = 0.015625F;
 
@@ -284,7 +292,7 @@ NOX_INLINE int innerEnd(int width) { return (width - 1) / 2; }
 
 /// Inner pixels of one channel. The samples are first parted into even and odd ones (`parted` has room for a row), so
 /// that the filter reads in sequence.
-NOX_TIERS void filterInner1(const Nox32f *src, Nox32f *row, Nox32f *parted, int width) {
+NOX_TIERS void filterInner1(const Element<Nox32f> *src, Nox32f *row, Nox32f *parted, int width) {
     const int half = width / 2, end = innerEnd(width);
     if (end <= 1)
         return; // narrow images leave no room for the parted row, and have no inner pixels
@@ -301,15 +309,15 @@ NOX_TIERS void filterInner1(const Nox32f *src, Nox32f *row, Nox32f *parted, int 
 
 /// Inner pixels of three channels. Four lanes carry three channels; the next pixel overwrites the fourth. The last
 /// inner pixel goes by single values: its loads could reach one value behind the row.
-NOX_TIERS void filterInner3(const Nox32f *src, Nox32f *row, int width) {
+NOX_TIERS void filterInner3(const Element<Nox32f> *src, Nox32f *row, int width) {
     const int end = innerEnd(width);
     for (int x = 1; x < end - 1; ++x) {
-        const Nox32f *s = src + 6 * x;
+        const Element<Nox32f> *s = src + 6 * x;
         store(row + 3 * x, filterInside(load(s - 6), load(s - 3), load(s), load(s + 3), load(s + 6)));
     }
     for (int x = std::max(end - 1, 1); x < end; ++x)
         for (int c = 0; c < 3; ++c) {
-            const Nox32f *s = src + 6 * x + c;
+            const Element<Nox32f> *s = src + 6 * x + c;
             row[3 * x + c] = filterInside(s[-6], s[-3], s[0], s[3], s[6]);
         }
 }
@@ -330,7 +338,7 @@ void filterRow(const Nox32f *src, Nox32f *row, Nox32f *parted, int width) {
         endPixel(x);
 }
 
-NOX_TIERS void combineDown(const Nox32f *const rows[5], Nox32f *dst, int count) {
+NOX_TIERS void combineDown(const Nox32f *const rows[5], Element<Nox32f> *dst, int count) {
     const Nox32f *a = rows[0], *b = rows[1], *c = rows[2], *d = rows[3], *e = rows[4];
     for (int i = 0; i < count; ++i)
         dst[i] = (6.0F * c[i] + 4.0F * (b[i] + d[i]) + a[i] + e[i]) * downScale;
@@ -338,7 +346,7 @@ NOX_TIERS void combineDown(const Nox32f *const rows[5], Nox32f *dst, int count) 
 
 /// One or two rows: half the sum of the two filtered rows, the same row twice where there is one.
 template <int Channels>
-void ownPyrDownG5x5_H2_32f(Rows<const Nox32f> src, Nox32f *dst, NoxiSize roi) {
+void ownPyrDownG5x5_H2_32f(Rows<const Nox32f> src, Element<Nox32f> *dst, NoxiSize roi) {
     const Nox32f *first = src[0], *second = src[roi.height - 1];
     constexpr std::ptrdiff_t pixelBytes = Channels * sizeof(Nox32f);
     for (int x = 0; x < (roi.width + 1) / 2; ++x)
@@ -366,11 +374,12 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     if (roi.width <= 2)
         return ownPyrDownG5x5_W2_32f<Channels>(src, dst, roi);
     const int count = (roi.width + 1) / 2 * Channels;
-    const Ring ring(buffer, count, downRows);
+    const Accumulators sums(buffer, count, downRows);
+    const RowRing<Nox32f> ring = sums.ring;
     int filtered = 0;
     for (int y = 0; y < (roi.height + 1) / 2; ++y) {
         for (; filtered < std::min(2 * y + 3, roi.height); ++filtered)
-            filterRow<Channels>(src[filtered], ring[filtered], ring.end(), roi.width);
+            filterRow<Channels>(src[filtered], ring[filtered], sums.behind, roi.width);
         const Nox32f *rows[5];
         for (int k = 0; k < 5; ++k)
             rows[k] = ring[borderIndex(2 * y - 2 + k, roi.height, noxBorderMirror)];
@@ -384,7 +393,7 @@ struct Places {
 };
 
 template <int Channels>
-NOX_TIERS void spreadRow(const Nox32f *src, Places row, int width) {
+NOX_TIERS void spreadRow(const Element<Nox32f> *src, Places row, int width) {
     const int last = (width - 1) * Channels;
     for (int c = 0; c < Channels; ++c) {
         const auto s = [ src, c ](int x) __attribute__((always_inline)) { return src[x * Channels + c]; };
@@ -420,8 +429,8 @@ NOX_INLINE Value secondUp(Value here, Value below) {
 
 /// The two destination rows of a source row, of one plane; pixels of the plane go to every other pixel.
 template <int Channels>
-NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f *below, Nox32f *first, Nox32f *second,
-                           int begin, int end) {
+NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f *below, Element<Nox32f> *first,
+                           Element<Nox32f> *second, int begin, int end) {
     for (int x = begin; x < end; ++x)
         for (int c = 0; c < Channels; ++c) {
             const int i = x * Channels + c, to = 2 * x * Channels + c;
@@ -431,13 +440,13 @@ NOX_INLINE void storePlane(const Nox32f *above, const Nox32f *here, const Nox32f
 }
 
 template <int Channels>
-NOX_TIERS void storeUp(const ThreeRows &rows, Nox32f *first, Nox32f *second, int width) {
+NOX_TIERS void storeUp(const ThreeRows &rows, Element<Nox32f> *first, Element<Nox32f> *second, int width) {
     const Places above = rows.above, here = rows.here, below = rows.below;
     if (rows.single) {
         // One row: both destination rows are the filtered row itself.
         for (int x = 0; x < width; ++x)
             for (int c = 0; c < Channels; ++c) {
-                Nox32f *to = first + 2 * x * Channels + c;
+                Element<Nox32f> *to = first + 2 * x * Channels + c;
                 to[0] = 8.0F * here.even[x * Channels + c] * upScale;
                 to[Channels] = 8.0F * here.odd[x * Channels + c] * upScale;
             }
@@ -474,7 +483,7 @@ template <class T, int Channels>
 requires std::is_floating_point_v<T>
 void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * Channels;
-    const Ring ring(buffer, 2 * count, upRows);
+    const RowRing<Nox32f> ring = Accumulators(buffer, 2 * count, upRows).ring;
     const auto places = [&](int y) { return Places{ring[y], ring[y] + count}; };
     int filtered = 0;
     for (int y = 0; y < roi.height; ++y) {
@@ -490,16 +499,17 @@ void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
 
 template <class T>
 NoxStatus checkPyramid(const T *src, int srcStep, const T *dst, int dstStep, NoxiSize roi, const Nox8u *buffer,
-                       int channels, long long dstWidth) {
+                       int channels, long long dstWidth, long long bufferBytes) {
     return firstFailure(checkPointers(src, dst, buffer), checkSize(roi),
                         checkStep<T>(srcStep, static_cast<long long>(roi.width) * channels),
-                        checkStep<T>(dstStep, dstWidth * channels), checkEvenSteps<T>(srcStep, dstStep));
+                        checkStep<T>(dstStep, dstWidth * channels), checkEvenSteps<T>(srcStep, dstStep),
+                        checkBufferBytes(bufferBytes));
 }
 
 template <class T, int Channels>
 NoxStatus down(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {
-    const NoxStatus status =
-        checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, (static_cast<long long>(roi.width) + 1) / 2);
+    const NoxStatus status = checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels,
+                                          (static_cast<long long>(roi.width) + 1) / 2, downBytes(roi.width, Channels));
     if (status == noxStsNoError)
         pyrDown<T, Channels>({src, srcStep}, {dst, dstStep}, roi, buffer);
     return status;
@@ -507,7 +517,8 @@ NoxStatus down(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox
 
 template <class T, int Channels>
 NoxStatus up(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {
-    const NoxStatus status = checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, 2LL * roi.width);
+    const NoxStatus status =
+        checkPyramid(src, srcStep, dst, dstStep, roi, buffer, Channels, 2LL * roi.width, upBytes(roi.width, Channels));
     if (status == noxStsNoError)
         pyrUp<T, Channels>({src, srcStep}, {dst, dstStep}, roi, buffer);
     return status;
@@ -515,26 +526,24 @@ NoxStatus up(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, Nox8u
 
 } // namespace
 
-#define NOX_PYR_GAUSS(TYPE, TAG, CHANNELS)                                                                             \
-    NoxStatus noxiPyrDown_Gauss5x5_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,        \
-                                                          NoxiSize roi, Nox8u *buffer) {                               \
+#define NOX_PYR_GAUSS(DOWN_FUNCTION, UP_FUNCTION, TYPE, CHANNELS)                                                      \
+    NoxStatus DOWN_FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {       \
         return down<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, buffer);                                          \
     }                                                                                                                  \
-    NoxStatus noxiPyrUp_Gauss5x5_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,          \
-                                                        NoxiSize roi, Nox8u *buffer) {                                 \
+    NoxStatus UP_FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, Nox8u *buffer) {         \
         return up<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, buffer);                                            \
     }
-NOX_PYR_GAUSS(Nox8u, 8u, 1)
-NOX_PYR_GAUSS(Nox8u, 8u, 3)
-NOX_PYR_GAUSS(Nox8s, 8s, 1)
-NOX_PYR_GAUSS(Nox8s, 8s, 3)
-NOX_PYR_GAUSS(Nox32f, 32f, 1)
-NOX_PYR_GAUSS(Nox32f, 32f, 3)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8u_C1R, noxiPyrUp_Gauss5x5_8u_C1R, Nox8u, 1)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8u_C3R, noxiPyrUp_Gauss5x5_8u_C3R, Nox8u, 3)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8s_C1R, noxiPyrUp_Gauss5x5_8s_C1R, Nox8s, 1)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_8s_C3R, noxiPyrUp_Gauss5x5_8s_C3R, Nox8s, 3)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_32f_C1R, noxiPyrUp_Gauss5x5_32f_C1R, Nox32f, 1)
+NOX_PYR_GAUSS(noxiPyrDown_Gauss5x5_32f_C3R, noxiPyrUp_Gauss5x5_32f_C3R, Nox32f, 3)
 
 NoxStatus noxiPyrDownGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize) {
-    return gaussBufferSize(width, dataType, channels, bufferSize, 1, downRows);
+    return gaussBufferSize(width, dataType, channels, bufferSize, downBytes);
 }
 
 NoxStatus noxiPyrUpGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize) {
-    return gaussBufferSize(width, dataType, channels, bufferSize, 2, upRows);
+    return gaussBufferSize(width, dataType, channels, bufferSize, upBytes);
 }

@@ -4,6 +4,7 @@
 #include <cfloat>
 
 #include "checks.h"
+#include "frame/noxvdatatype.h"
 #include "noxcv/pyramid.h"
 #include "noxtypes.h"
 #include "rows.h"
@@ -29,8 +30,6 @@ NoxStatus ownPyramidLayerUpInitAlloc(NoxiPyramidLayerState **state, NoxiSize roi
 }
 
 namespace nox {
-
-constexpr int pyramidType8u = 1, pyramidType16u = 5, pyramidType32f = 13;
 
 /// A rate between two levels: above 1, at most 10.
 constexpr NoxStatus checkRate(Nox32f rate) { return require(rate > 1.0F && rate <= 10.0F, noxStsBadArgument); }

@@ -9,6 +9,8 @@
 #include <limits>
 #include <type_traits>
 
+#include "frame/noxvrowring.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/primitives.h"
 #include "noxvpyrlayer.h"
 #include "numerics.h"
@@ -271,7 +273,7 @@ NOX_TIERS void addWhole(typename A::Column *sums, const typename A::Row *row, ty
 template <class A, int Channels>
 NOX_TIERS void storeColumns(const typename A::Column *sums, Nox32f weight, typename A::Pixel *dst, int columns) {
     for (int x = 0; x < columns; ++x)
-        dst[x * Channels] = A::finish(sums[x], weight);
+        elements(dst)[x * Channels] = A::finish(sums[x], weight);
 }
 
 template <class T, int Channels>
@@ -309,15 +311,17 @@ public:
         return static_cast<int>(std::clamp<long long>((available - fixed) / aColumn, 1, widest));
     }
 
-    Strip(const Kernel<Tap> &kernel, const Bordered<T> &source, const Nox32f *weights, int columns, Nox32f *scratch)
+    Strip(const Kernel<Tap> &kernel, const Bordered<T> &source, const Nox32f *weights, int columns, Nox8u *scratch)
         : kernel_(kernel), source_(source), weights_(weights), depth_(kernel.overlap()) {
-        sums_ = reinterpret_cast<Column *>(alignUp(scratch, alignof(Nox64f)));
-        rows_ = reinterpret_cast<Row *>(sums_ + columns);
-        table_.weight = reinterpret_cast<Nox32f *>(rows_ + static_cast<std::ptrdiff_t>(depth_) * Channels * columns);
-        table_.sample = reinterpret_cast<int *>(table_.weight + depth_ * columns);
-        table_.tap = table_.sample + depth_ * columns;
-        held_ = table_.tap + depth_ * columns;
-        samples_ = reinterpret_cast<Nox32f *>(held_ + depth_);
+        WorkBuffer work(scratch, sizeof(Nox64f));
+        const long long entries = static_cast<long long>(depth_) * columns;
+        sums_ = work.take<Column>(columns);
+        rows_ = work.take<Row>(entries * Channels);
+        table_.weight = work.take<Nox32f>(entries);
+        table_.sample = work.take<int>(entries);
+        table_.tap = work.take<Nox32s>(entries);
+        held_ = work.take<int>(depth_);
+        samples_ = work.take<Nox32f>(0); // the rest
     }
 
     /// Destination columns from `begin` on.
@@ -374,7 +378,7 @@ private:
     /// Row i of the source, spread over the strip and scaled, its channels apart.
     const Row *spreadRow(int i, int begin) {
         const int columns = table_.columns, slot = (i + kernel_.half()) % depth_;
-        Row *row = rows_ + static_cast<std::ptrdiff_t>(slot) * Channels * columns;
+        Row *row = RowRing<Row>(rows_, depth_, std::ptrdiff_t{Channels} * columns)[i + kernel_.half()];
         if (held_[slot] == i)
             return row;
         held_[slot] = i;
@@ -441,11 +445,11 @@ void layerUp(const Bordered<typename A::Pixel> &source, Rows<typename A::Pixel> 
 
     // Small images with small kernels have little scratch in their state.
     constexpr int localWords = 4096;
-    Nox32f local[localWords];
+    alignas(Nox64f) Nox8u local[localWords * sizeof(Nox32f)];
     const long long stateWords = upLayerScratchWords(state, Channels) - places;
     const bool useState = stateWords > localWords;
     const int strip = S::columnsFor(kernel, useState ? stateWords : localWords);
-    S columns(kernel, source, weights, strip, useState ? weights + places : local);
+    S columns(kernel, source, weights, strip, useState ? reinterpret_cast<Nox8u *>(weights + places) : local);
     for (int x = 0; x < dstRoi.width; x += strip)
         columns.run(dst, x, std::min(strip, dstRoi.width - x), dstRoi.height);
 }
@@ -504,14 +508,14 @@ NoxStatus up(const T *src, int srcStep, NoxiSize srcRoi, T *dst, int dstStep, No
 
 } // namespace
 
-#define NOX_LAYER_UP(TYPE, TAG, CHANNELS)                                                                              \
-    NoxStatus noxiPyramidLayerUp_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst,      \
-                                                        int dstStep, NoxiSize dstRoi, NoxiPyramidLayerState *state) {  \
+#define NOX_LAYER_UP(FUNCTION, TYPE, CHANNELS)                                                                         \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, NoxiSize srcRoi, TYPE *dst, int dstStep, NoxiSize dstRoi,         \
+                       NoxiPyramidLayerState *state) {                                                                 \
         return up<TYPE, CHANNELS>(src, srcStep, srcRoi, dst, dstStep, dstRoi, state);                                  \
     }
-NOX_LAYER_UP(Nox8u, 8u, 1)
-NOX_LAYER_UP(Nox8u, 8u, 3)
-NOX_LAYER_UP(Nox16u, 16u, 1)
-NOX_LAYER_UP(Nox16u, 16u, 3)
-NOX_LAYER_UP(Nox32f, 32f, 1)
-NOX_LAYER_UP(Nox32f, 32f, 3)
+NOX_LAYER_UP(noxiPyramidLayerUp_8u_C1R, Nox8u, 1)
+NOX_LAYER_UP(noxiPyramidLayerUp_8u_C3R, Nox8u, 3)
+NOX_LAYER_UP(noxiPyramidLayerUp_16u_C1R, Nox16u, 1)
+NOX_LAYER_UP(noxiPyramidLayerUp_16u_C3R, Nox16u, 3)
+NOX_LAYER_UP(noxiPyramidLayerUp_32f_C1R, Nox32f, 1)
+NOX_LAYER_UP(noxiPyramidLayerUp_32f_C3R, Nox32f, 3)

@@ -1,7 +1,7 @@
 // Bilinear interpolation of rows.
 #include "noxvbilinear.h"
 
-#include <algorithm>
+#include <cstring>
 
 namespace nox {
 /// How the integer kernels go over the results.
@@ -26,8 +26,8 @@ namespace {
 template <class S, class D, class Bilinear>
 void interpolatePixels(Rows<const S> src, Rows<D> dst, NoxiSize size, const Bilinear &bilinear) {
     for (int y = 0; y < size.height; ++y) {
-        const S *p = src[y], *q = src[y + 1];
-        D *d = dst[y];
+        const Element<S> *p = src[y], *q = src[y + 1];
+        Element<D> *d = dst[y];
         for (int x = 0; x < size.width; ++x)
             if constexpr (std::is_same_v<D, Nox32f>)
                 d[x] = bilinear(asFloat(p[x]), asFloat(p[x + 1]), asFloat(q[x]), asFloat(q[x + 1]));
@@ -45,7 +45,8 @@ bool copyWhole(Rows<const Nox16u> src, Rows<Nox16u> dst, NoxiSize size, const Fi
     if (bilinear.copied(src[0], src[1]) == nullptr)
         return false;
     for (int y = 0; y < size.height; ++y)
-        std::copy_n(bilinear.copied(src[y], src[y + 1]), size.width, dst[y]);
+        std::memmove(dst[y], bilinear.copied(src[y], src[y + 1]),
+                     sizeof(Nox16u) * static_cast<std::size_t>(size.width));
     return true;
 }
 

@@ -36,7 +36,7 @@ void shiftImage(Rows<const S> src, Rows<D> dst, NoxiSize roi, float fx, float fy
 
 /// The first pixel of a row has no column before it.
 template <class S>
-NOX_INLINE float firstOfRow(const S *p, const S *q, const FloatShift &shift) {
+NOX_INLINE float firstOfRow(const Element<S> *p, const Element<S> *q, const FloatShift &shift) {
     return asFloat(p[0]) * shift.w00 + asFloat(q[0]) * shift.w01 + shift.share(asFloat(p[1]), asFloat(q[1]));
 }
 
@@ -44,7 +44,7 @@ NOX_INLINE float firstOfRow(const S *p, const S *q, const FloatShift &shift) {
 template <class S>
 void shiftNarrow(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, const FloatShift &shift) {
     for (int y = 0; y < roi.height; ++y) {
-        const S *p = src[y], *q = src[y + 1];
+        const Element<S> *p = src[y], *q = src[y + 1];
         const auto share = [&](int column) { return shift.share(asFloat(p[column]), asFloat(q[column])); };
         for (int x = 1; x < roi.width; ++x)
             dst[y][x] = share(x) * shift.ratio + share(x + 1);
@@ -59,7 +59,7 @@ void shiftImage(Rows<const S> src, Rows<Nox32f> dst, NoxiSize roi, float fx, flo
     else
         NOX_ON_TIER_FOR(roi.width * 4, shiftFloat(src, dst, roi, shift));
     for (int y = 0; y < roi.height; ++y)
-        dst[y][0] = firstOfRow(src[y], src[y + 1], shift);
+        dst[y][0] = firstOfRow<S>(src[y], src[y + 1], shift);
 }
 
 template <class S, class D>
@@ -75,17 +75,17 @@ NoxStatus shift(const S *src, int srcStep, D *dst, int dstStep, NoxiSize roi, fl
 
 } // namespace
 
-#define NOX_SHIFT(SOURCE, DESTINATION, TAG)                                                                            \
-    NoxStatus noxiCopySubpix_##TAG##_C1R(const SOURCE *src, int srcStep, DESTINATION *dst, int dstStep, NoxiSize roi,  \
-                                         Nox32f dx, Nox32f dy) {                                                       \
+#define NOX_SHIFT(FUNCTION, SOURCE, DESTINATION)                                                                       \
+    NoxStatus FUNCTION(const SOURCE *src, int srcStep, DESTINATION *dst, int dstStep, NoxiSize roi, Nox32f dx,         \
+                       Nox32f dy) {                                                                                    \
         return shift(src, srcStep, dst, dstStep, roi, dx, dy);                                                         \
     }
 
-NOX_SHIFT(Nox8u, Nox8u, 8u)
-NOX_SHIFT(Nox16u, Nox16u, 16u)
-NOX_SHIFT(Nox8u, Nox32f, 8u32f)
-NOX_SHIFT(Nox16u, Nox32f, 16u32f)
-NOX_SHIFT(Nox32f, Nox32f, 32f)
+NOX_SHIFT(noxiCopySubpix_8u_C1R, Nox8u, Nox8u)
+NOX_SHIFT(noxiCopySubpix_16u_C1R, Nox16u, Nox16u)
+NOX_SHIFT(noxiCopySubpix_8u32f_C1R, Nox8u, Nox32f)
+NOX_SHIFT(noxiCopySubpix_16u32f_C1R, Nox16u, Nox32f)
+NOX_SHIFT(noxiCopySubpix_32f_C1R, Nox32f, Nox32f)
 
 NoxStatus noxiCopySubpix_8u16u_C1R_Sfs(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep, NoxiSize roi, Nox32f dx,
                                        Nox32f dy, int scaleFactor) {

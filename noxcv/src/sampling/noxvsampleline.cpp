@@ -75,15 +75,14 @@ NoxStatus sampleLine(const T *src, int srcStep, NoxiSize roi, T *dst, NoxiPoint 
 
 } // namespace
 
-#define NOX_SAMPLE_LINE(TYPE, TAG, CHANNELS)                                                                           \
-    NoxStatus noxiSampleLine_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, NoxiSize roi, TYPE *dst,             \
-                                                    NoxiPoint pt1, NoxiPoint pt2) {                                    \
+#define NOX_SAMPLE_LINE(FUNCTION, TYPE, CHANNELS)                                                                      \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, NoxiSize roi, TYPE *dst, NoxiPoint pt1, NoxiPoint pt2) {          \
         return sampleLine<TYPE, CHANNELS>(src, srcStep, roi, dst, pt1, pt2);                                           \
     }
 
-NOX_SAMPLE_LINE(Nox8u, 8u, 1)
-NOX_SAMPLE_LINE(Nox8u, 8u, 3)
-NOX_SAMPLE_LINE(Nox16u, 16u, 1)
-NOX_SAMPLE_LINE(Nox16u, 16u, 3)
-NOX_SAMPLE_LINE(Nox32f, 32f, 1)
-NOX_SAMPLE_LINE(Nox32f, 32f, 3)
+NOX_SAMPLE_LINE(noxiSampleLine_8u_C1R, Nox8u, 1)
+NOX_SAMPLE_LINE(noxiSampleLine_8u_C3R, Nox8u, 3)
+NOX_SAMPLE_LINE(noxiSampleLine_16u_C1R, Nox16u, 1)
+NOX_SAMPLE_LINE(noxiSampleLine_16u_C3R, Nox16u, 3)
+NOX_SAMPLE_LINE(noxiSampleLine_32f_C1R, Nox32f, 1)
+NOX_SAMPLE_LINE(noxiSampleLine_32f_C3R, Nox32f, 3)

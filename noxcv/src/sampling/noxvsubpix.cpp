@@ -65,7 +65,7 @@ struct Cells<S, Nox32f> {
     NOX_INLINE float repeatedTwo(S p, S q) const { return two.repeated(asFloat(p), asFloat(q)); }
     NOX_INLINE float repeatedOne(S p) const { return asFloat(p) * (axis.far + axis.near); }
     void rowsOfTwo(Rows<const S> src, Rows<float> dst, NoxiSize size) const { interpolatePatch(src, dst, size, two); }
-    void rowOfOne(const S *p, float *d, int n) const {
+    void rowOfOne(const Element<S> *p, Element<float> *d, int n) const {
         for (int x = 0; x < n; ++x)
             d[x] = asFloat(p[x]) * axis.near + asFloat(p[x + 1]) * axis.far;
     }
@@ -78,7 +78,7 @@ void fillInner(Rows<const S> src, Rows<D> dst, const Axis &x, const Axis &y, con
 
 /// The cells left and right of the inner ones.
 template <class D>
-void fillSides(D *d, const Axis &x, D before, D after) {
+void fillSides(Element<D> *d, const Axis &x, D before, D after) {
     for (int u = 0; u < x.min; ++u)
         d[u] = before;
     for (int u = x.max + 1; u < x.length; ++u)
@@ -92,13 +92,13 @@ void fillOuter(Rows<const S> src, NoxiSize srcRoi, Rows<D> dst, const Axis &x, c
     const int last = srcRoi.width - 1;
     if (x.inner() < x.length)
         for (int v = y.min, row = y.start; v <= y.max; ++v, ++row)
-            fillSides(dst[v], x, cells.repeatedTwo(src[row][0], src[row + 1][0]),
-                      cells.repeatedTwo(src[row][last], src[row + 1][last]));
+            fillSides<D>(dst[v], x, cells.repeatedTwo(src[row][0], src[row + 1][0]),
+                         cells.repeatedTwo(src[row][last], src[row + 1][last]));
     for (int v = 0; v < y.length; ++v) {
         if (v >= y.min && v <= y.max)
             continue;
-        const S *p = src[v < y.min ? 0 : srcRoi.height - 1];
-        fillSides(dst[v], x, cells.repeatedOne(p[0]), cells.repeatedOne(p[last]));
+        const Element<S> *p = src[v < y.min ? 0 : srcRoi.height - 1];
+        fillSides<D>(dst[v], x, cells.repeatedOne(p[0]), cells.repeatedOne(p[last]));
         cells.rowOfOne(p + x.start, dst[v] + x.min, x.inner());
     }
 }

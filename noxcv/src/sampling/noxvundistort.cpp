@@ -14,6 +14,7 @@
 #include <emmintrin.h>
 
 #include "checks.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxcv/sampling.h"
 #include "rows.h"
 
@@ -133,10 +134,14 @@ NOX_TIERS void createMaps(Rows<float> xMap, Rows<float> yMap, NoxiSize roi, cons
         model.setColumns(columns, left, width);
         for (int y = 0; y < roi.height; ++y) {
             const auto row = model.row(y);
-            float *xs = xMap[y] + left, *ys = yMap[y] + left;
+            Element<float> *xs = xMap[y] + left, *ys = yMap[y] + left;
 #pragma GCC ivdep
-            for (int i = 0; i < width; ++i)
-                row.place(columns, left, i, xs[i], ys[i]);
+            for (int i = 0; i < width; ++i) {
+                float x, yPlace;
+                row.place(columns, left, i, x, yPlace);
+                xs[i] = x;
+                ys[i] = yPlace;
+            }
         }
     });
 }
@@ -218,8 +223,8 @@ struct Pair<float> {
 };
 
 template <class T>
-NOX_INLINE void writeRun(std::integral_constant<int, 1>, Rows<const T> src, T *__restrict dst, const Places &places,
-                         int n) {
+NOX_INLINE void writeRun(std::integral_constant<int, 1>, Rows<const T> src, Element<T> *__restrict dst,
+                         const Places &places, int n) {
     Pair<T> upper, lower;
     for (int i = 0; i < n; ++i) {
         const T *pixels = neighbour<1>(src, places, i);
@@ -267,7 +272,7 @@ NOX_INLINE void loadPixels(const Nox8u *p, __m128 &first, __m128 &second) {
 /// Writes three lanes, integers with rounding.
 NOX_INLINE void storePixel(float *d, __m128 sum) {
     _mm_storel_pi(reinterpret_cast<__m64 *>(d), sum);
-    _mm_store_ss(d + 2, _mm_movehl_ps(sum, sum));
+    *elements(d + 2) = _mm_cvtss_f32(_mm_movehl_ps(sum, sum));
 }
 NOX_INLINE __m128i rounded(__m128 sum) { return _mm_cvttps_epi32(_mm_add_ps(sum, _mm_set1_ps(0.5F))); }
 NOX_INLINE void storePixel(Nox16u *d, __m128 sum) {
@@ -275,7 +280,7 @@ NOX_INLINE void storePixel(Nox16u *d, __m128 sum) {
     const __m128i words = _mm_packs_epi32(values, values);
     const int head = _mm_cvtsi128_si32(words);
     std::memcpy(d, &head, sizeof(head));
-    d[2] = static_cast<Nox16u>(_mm_extract_epi16(words, 2));
+    elements(d)[2] = static_cast<Nox16u>(_mm_extract_epi16(words, 2));
 }
 NOX_INLINE void storePixel(Nox8u *d, __m128 sum) {
     const __m128i words = _mm_packs_epi32(rounded(sum), _mm_setzero_si128());
@@ -320,6 +325,13 @@ NOX_TIERS void undistort(Rows<const T> src, Rows<T> dst, NoxiSize roi, const Len
     });
 }
 
+long long bufferBytes(NoxiSize roi) { return roundUp(static_cast<long long>(roi.width), 4LL) * 24 + 32; }
+
+/// Only a buffer that is used must have a size that an int tells.
+NoxStatus checkBuffer(const Nox8u *buffer, NoxiSize roi) {
+    return buffer == nullptr ? noxStsNoError : checkBufferBytes(bufferBytes(roi));
+}
+
 NoxStatus checkFocalLengths(float fx, float fy) {
     return require(fx != 0 && fy != 0 && fx == fx && fy == fy, noxStsBadArgument);
 }
@@ -330,7 +342,7 @@ NoxStatus undistortRadial(const T *src, int srcStep, T *dst, int dstStep, NoxiSi
     const long long elements = static_cast<long long>(roi.width) * Channels;
     const NoxStatus status = firstFailure(checkPointers(src, dst), checkSize(roi), checkStep<T>(srcStep, elements),
                                           checkStep<T>(dstStep, elements), checkEvenSteps<T>(srcStep, dstStep),
-                                          checkFocalLengths(lens.fx, lens.fy));
+                                          checkFocalLengths(lens.fx, lens.fy), checkBuffer(buffer, roi));
     if (status == noxStsNoError)
         undistort<T, Channels>({src, srcStep}, {dst, dstStep}, roi, lens, buffer);
     return status;
@@ -338,27 +350,27 @@ NoxStatus undistortRadial(const T *src, int srcStep, T *dst, int dstStep, NoxiSi
 
 } // namespace
 
-#define NOX_UNDISTORT(TYPE, TAG, CHANNELS)                                                                             \
-    NoxStatus noxiUndistortRadial_##TAG##_C##CHANNELS##R(const TYPE *src, int srcStep, TYPE *dst, int dstStep,         \
-                                                         NoxiSize roi, Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy,     \
-                                                         Nox32f k1, Nox32f k2, Nox8u *buffer) {                        \
+#define NOX_UNDISTORT(FUNCTION, TYPE, CHANNELS)                                                                        \
+    NoxStatus FUNCTION(const TYPE *src, int srcStep, TYPE *dst, int dstStep, NoxiSize roi, Nox32f fx, Nox32f fy,       \
+                       Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2, Nox8u *buffer) {                                    \
         return undistortRadial<TYPE, CHANNELS>(src, srcStep, dst, dstStep, roi, {fx, fy, cx, cy, k1, k2, 0, 0},        \
                                                buffer);                                                                \
     }
 
-NOX_UNDISTORT(Nox8u, 8u, 1)
-NOX_UNDISTORT(Nox16u, 16u, 1)
-NOX_UNDISTORT(Nox32f, 32f, 1)
-NOX_UNDISTORT(Nox8u, 8u, 3)
-NOX_UNDISTORT(Nox16u, 16u, 3)
-NOX_UNDISTORT(Nox32f, 32f, 3)
+NOX_UNDISTORT(noxiUndistortRadial_8u_C1R, Nox8u, 1)
+NOX_UNDISTORT(noxiUndistortRadial_16u_C1R, Nox16u, 1)
+NOX_UNDISTORT(noxiUndistortRadial_32f_C1R, Nox32f, 1)
+NOX_UNDISTORT(noxiUndistortRadial_8u_C3R, Nox8u, 3)
+NOX_UNDISTORT(noxiUndistortRadial_16u_C3R, Nox16u, 3)
+NOX_UNDISTORT(noxiUndistortRadial_32f_C3R, Nox32f, 3)
 
 NoxStatus noxiCreateMapCameraUndistort_32f_C1R(Nox32f *xMap, int xMapStep, Nox32f *yMap, int yMapStep, NoxiSize roi,
                                                Nox32f fx, Nox32f fy, Nox32f cx, Nox32f cy, Nox32f k1, Nox32f k2,
                                                Nox32f p1, Nox32f p2, Nox8u *buffer) {
-    const NoxStatus status = firstFailure(
-        checkPointers(xMap, yMap), checkSize(roi), checkStep<Nox32f>(xMapStep, roi.width),
-        checkStep<Nox32f>(yMapStep, roi.width), checkEvenSteps<Nox32f>(xMapStep, yMapStep), checkFocalLengths(fx, fy));
+    const NoxStatus status =
+        firstFailure(checkPointers(xMap, yMap), checkSize(roi), checkStep<Nox32f>(xMapStep, roi.width),
+                     checkStep<Nox32f>(yMapStep, roi.width), checkEvenSteps<Nox32f>(xMapStep, yMapStep),
+                     checkFocalLengths(fx, fy), checkBuffer(buffer, roi));
     if (status != noxStsNoError)
         return status;
     const Rows<float> xs{xMap, xMapStep}, ys{yMap, yMapStep};
@@ -371,10 +383,6 @@ NoxStatus noxiCreateMapCameraUndistort_32f_C1R(Nox32f *xMap, int xMapStep, Nox32
 }
 
 NoxStatus noxiUndistortGetSize(NoxiSize roi, int *bufferSize) {
-    const long long size = roundUp(static_cast<long long>(roi.width), 4LL) * 24 + 32;
-    const NoxStatus status = firstFailure(checkPointers(bufferSize), checkSize(roi),
-                                          require(size <= std::numeric_limits<int>::max(), noxStsBadSize));
-    if (status == noxStsNoError)
-        *bufferSize = static_cast<int>(size);
-    return status;
+    const NoxStatus status = firstFailure(checkPointers(bufferSize), checkSize(roi));
+    return status != noxStsNoError ? status : storeSize(bufferBytes(roi), bufferSize);
 }

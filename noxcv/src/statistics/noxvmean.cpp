@@ -122,33 +122,35 @@ NoxStatus maskedMeanAndDeviation(const T *src, int srcStep, const Nox8u *mask, i
 
 } // namespace
 
-#define NOX_MEAN(TAG)                                                                                                  \
-    NoxStatus noxiMean_##TAG##_C1MR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,   \
-                                    Nox64f *mean) {                                                                    \
+#define NOX_MEAN(MEAN_C1M, MEAN_C3CM, DEVIATION_C1, DEVIATION_C3C, DEVIATION_C1M, DEVIATION_C3CM, TAG)                 \
+    NoxStatus MEAN_C1M(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,                \
+                       Nox64f *mean) {                                                                                 \
         return maskedMean<Nox##TAG, 1>(src, srcStep, mask, maskStep, roi, 1, mean);                                    \
     }                                                                                                                  \
-    NoxStatus noxiMean_##TAG##_C3CMR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,  \
-                                     int coi, Nox64f *mean) {                                                          \
+    NoxStatus MEAN_C3CM(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi, int coi,      \
+                        Nox64f *mean) {                                                                                \
         return maskedMean<Nox##TAG, 3>(src, srcStep, mask, maskStep, roi, coi, mean);                                  \
     }                                                                                                                  \
-    NoxStatus noxiMean_StdDev_##TAG##_C1R(const Nox##TAG *src, int srcStep, NoxiSize roi, Nox64f *mean,                \
-                                          Nox64f *stdDev) {                                                            \
+    NoxStatus DEVIATION_C1(const Nox##TAG *src, int srcStep, NoxiSize roi, Nox64f *mean, Nox64f *stdDev) {             \
         return plainMeanAndDeviation<Nox##TAG, 1>(src, srcStep, roi, 1, mean, stdDev);                                 \
     }                                                                                                                  \
-    NoxStatus noxiMean_StdDev_##TAG##_C3CR(const Nox##TAG *src, int srcStep, NoxiSize roi, int coi, Nox64f *mean,      \
-                                           Nox64f *stdDev) {                                                           \
+    NoxStatus DEVIATION_C3C(const Nox##TAG *src, int srcStep, NoxiSize roi, int coi, Nox64f *mean, Nox64f *stdDev) {   \
         return plainMeanAndDeviation<Nox##TAG, 3>(src, srcStep, roi, coi, mean, stdDev);                               \
     }                                                                                                                  \
-    NoxStatus noxiMean_StdDev_##TAG##_C1MR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep,          \
-                                           NoxiSize roi, Nox64f *mean, Nox64f *stdDev) {                               \
+    NoxStatus DEVIATION_C1M(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,           \
+                            Nox64f *mean, Nox64f *stdDev) {                                                            \
         return maskedMeanAndDeviation<Nox##TAG, 1>(src, srcStep, mask, maskStep, roi, 1, mean, stdDev);                \
     }                                                                                                                  \
-    NoxStatus noxiMean_StdDev_##TAG##_C3CMR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep,         \
-                                            NoxiSize roi, int coi, Nox64f *mean, Nox64f *stdDev) {                     \
+    NoxStatus DEVIATION_C3CM(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi, int coi, \
+                             Nox64f *mean, Nox64f *stdDev) {                                                           \
         return maskedMeanAndDeviation<Nox##TAG, 3>(src, srcStep, mask, maskStep, roi, coi, mean, stdDev);              \
     }
 
-NOX_MEAN(8u)
-NOX_MEAN(8s)
-NOX_MEAN(16u)
-NOX_MEAN(32f)
+NOX_MEAN(noxiMean_8u_C1MR, noxiMean_8u_C3CMR, noxiMean_StdDev_8u_C1R, noxiMean_StdDev_8u_C3CR, noxiMean_StdDev_8u_C1MR,
+         noxiMean_StdDev_8u_C3CMR, 8u)
+NOX_MEAN(noxiMean_8s_C1MR, noxiMean_8s_C3CMR, noxiMean_StdDev_8s_C1R, noxiMean_StdDev_8s_C3CR, noxiMean_StdDev_8s_C1MR,
+         noxiMean_StdDev_8s_C3CMR, 8s)
+NOX_MEAN(noxiMean_16u_C1MR, noxiMean_16u_C3CMR, noxiMean_StdDev_16u_C1R, noxiMean_StdDev_16u_C3CR,
+         noxiMean_StdDev_16u_C1MR, noxiMean_StdDev_16u_C3CMR, 16u)
+NOX_MEAN(noxiMean_32f_C1MR, noxiMean_32f_C3CMR, noxiMean_StdDev_32f_C1R, noxiMean_StdDev_32f_C3CR,
+         noxiMean_StdDev_32f_C1MR, noxiMean_StdDev_32f_C3CMR, 32f)

@@ -80,31 +80,29 @@ NoxStatus minMaxIndx(const T *src, int srcStep, const Nox8u *mask, int maskStep,
 
 } // namespace
 
-#define NOX_MINMAX(TAG)                                                                                                \
-    NoxStatus noxiMinMaxIndx_##TAG##_C1R(const Nox##TAG *src, int srcStep, NoxiSize roi, Nox32f *minValue,             \
-                                         Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex) {                 \
+#define NOX_MINMAX(C1, C3C, C1M, C3CM, TAG)                                                                            \
+    NoxStatus C1(const Nox##TAG *src, int srcStep, NoxiSize roi, Nox32f *minValue, Nox32f *maxValue,                   \
+                 NoxiPoint *minIndex, NoxiPoint *maxIndex) {                                                           \
         return minMaxIndx<Nox##TAG, 1, false>(src, srcStep, nullptr, roi.width, roi, 1, minValue, maxValue, minIndex,  \
                                               maxIndex);                                                               \
     }                                                                                                                  \
-    NoxStatus noxiMinMaxIndx_##TAG##_C3CR(const Nox##TAG *src, int srcStep, NoxiSize roi, int coi, Nox32f *minValue,   \
-                                          Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex) {                \
+    NoxStatus C3C(const Nox##TAG *src, int srcStep, NoxiSize roi, int coi, Nox32f *minValue, Nox32f *maxValue,         \
+                  NoxiPoint *minIndex, NoxiPoint *maxIndex) {                                                          \
         return minMaxIndx<Nox##TAG, 3, false>(src, srcStep, nullptr, roi.width, roi, coi, minValue, maxValue,          \
                                               minIndex, maxIndex);                                                     \
     }                                                                                                                  \
-    NoxStatus noxiMinMaxIndx_##TAG##_C1MR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep,           \
-                                          NoxiSize roi, Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex,       \
-                                          NoxiPoint *maxIndex) {                                                       \
+    NoxStatus C1M(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi, Nox32f *minValue,   \
+                  Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex) {                                        \
         return minMaxIndx<Nox##TAG, 1, true>(src, srcStep, mask, maskStep, roi, 1, minValue, maxValue, minIndex,       \
                                              maxIndex);                                                                \
     }                                                                                                                  \
-    NoxStatus noxiMinMaxIndx_##TAG##_C3CMR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep,          \
-                                           NoxiSize roi, int coi, Nox32f *minValue, Nox32f *maxValue,                  \
-                                           NoxiPoint *minIndex, NoxiPoint *maxIndex) {                                 \
+    NoxStatus C3CM(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi, int coi,           \
+                   Nox32f *minValue, Nox32f *maxValue, NoxiPoint *minIndex, NoxiPoint *maxIndex) {                     \
         return minMaxIndx<Nox##TAG, 3, true>(src, srcStep, mask, maskStep, roi, coi, minValue, maxValue, minIndex,     \
                                              maxIndex);                                                                \
     }
 
-NOX_MINMAX(8u)
-NOX_MINMAX(8s)
-NOX_MINMAX(16u)
-NOX_MINMAX(32f)
+NOX_MINMAX(noxiMinMaxIndx_8u_C1R, noxiMinMaxIndx_8u_C3CR, noxiMinMaxIndx_8u_C1MR, noxiMinMaxIndx_8u_C3CMR, 8u)
+NOX_MINMAX(noxiMinMaxIndx_8s_C1R, noxiMinMaxIndx_8s_C3CR, noxiMinMaxIndx_8s_C1MR, noxiMinMaxIndx_8s_C3CMR, 8s)
+NOX_MINMAX(noxiMinMaxIndx_16u_C1R, noxiMinMaxIndx_16u_C3CR, noxiMinMaxIndx_16u_C1MR, noxiMinMaxIndx_16u_C3CMR, 16u)
+NOX_MINMAX(noxiMinMaxIndx_32f_C1R, noxiMinMaxIndx_32f_C3CR, noxiMinMaxIndx_32f_C1MR, noxiMinMaxIndx_32f_C3CMR, 32f)

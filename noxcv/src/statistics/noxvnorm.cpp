@@ -70,107 +70,105 @@ NoxStatus maskedNorm(const T *src1, int src1Step, const T *src2, int src2Step, c
         const Region<Nox##TAG> &region) {                                                                              \
         return NOX_ON_TIER(normBlock<Nox##TAG, Form::FORM, Norm::NORM, CHANNELS>(region));                             \
     }
-#define NOX_NORM_C1(NORM, TAG, PATH)                                                                                   \
+#define NOX_NORM_C1(FUNCTION, NORM, TAG, PATH)                                                                         \
     NOX_BLOCK(Norm, NORM, TAG, C1MR, 1)                                                                                \
-    NoxStatus noxiNorm_##NORM##_##TAG##_C1MR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep,        \
-                                             NoxiSize roi, Nox64f *value) {                                            \
+    NoxStatus FUNCTION(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi,                \
+                       Nox64f *value) {                                                                                \
         return maskedNorm<Nox##TAG, Form::Norm, Norm::NORM, 1>(src, srcStep, src, srcStep, mask, maskStep, roi, 1,     \
                                                                value, PATH, ownNorm_##NORM##_##TAG##_C1MR_A6);         \
     }
-#define NOX_NORM_C3C(NORM, TAG, PATH)                                                                                  \
+#define NOX_NORM_C3C(FUNCTION, NORM, TAG, PATH)                                                                        \
     NOX_BLOCK(Norm, NORM, TAG, C3CMR, 3)                                                                               \
-    NoxStatus noxiNorm_##NORM##_##TAG##_C3CMR(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep,       \
-                                              NoxiSize roi, int coi, Nox64f *value) {                                  \
+    NoxStatus FUNCTION(const Nox##TAG *src, int srcStep, const Nox8u *mask, int maskStep, NoxiSize roi, int coi,       \
+                       Nox64f *value) {                                                                                \
         return maskedNorm<Nox##TAG, Form::Norm, Norm::NORM, 3>(src, srcStep, src, srcStep, mask, maskStep, roi, coi,   \
                                                                value, PATH, ownNorm_##NORM##_##TAG##_C3CMR_A6);        \
     }
-#define NOX_NORM2_C1(FORM, NORM, TAG, PATH)                                                                            \
+#define NOX_NORM2_C1(FUNCTION, FORM, NORM, TAG, PATH)                                                                  \
     NOX_BLOCK(FORM, NORM, TAG, C1MR, 1)                                                                                \
-    NoxStatus noxi##FORM##_##NORM##_##TAG##_C1MR(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2,             \
-                                                 int src2Step, const Nox8u *mask, int maskStep, NoxiSize roi,          \
-                                                 Nox64f *value) {                                                      \
+    NoxStatus FUNCTION(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2, int src2Step, const Nox8u *mask,      \
+                       int maskStep, NoxiSize roi, Nox64f *value) {                                                    \
         return maskedNorm<Nox##TAG, Form::FORM, Norm::NORM, 1>(src1, src1Step, src2, src2Step, mask, maskStep, roi, 1, \
                                                                value, PATH, own##FORM##_##NORM##_##TAG##_C1MR_A6);     \
     }
-#define NOX_NORM2_C3C(FORM, NORM, TAG, PATH)                                                                           \
+#define NOX_NORM2_C3C(FUNCTION, FORM, NORM, TAG, PATH)                                                                 \
     NOX_BLOCK(FORM, NORM, TAG, C3CMR, 3)                                                                               \
-    NoxStatus noxi##FORM##_##NORM##_##TAG##_C3CMR(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2,            \
-                                                  int src2Step, const Nox8u *mask, int maskStep, NoxiSize roi,         \
-                                                  int coi, Nox64f *value) {                                            \
+    NoxStatus FUNCTION(const Nox##TAG *src1, int src1Step, const Nox##TAG *src2, int src2Step, const Nox8u *mask,      \
+                       int maskStep, NoxiSize roi, int coi, Nox64f *value) {                                           \
         return maskedNorm<Nox##TAG, Form::FORM, Norm::NORM, 3>(src1, src1Step, src2, src2Step, mask, maskStep, roi,    \
                                                                coi, value, PATH,                                       \
                                                                own##FORM##_##NORM##_##TAG##_C3CMR_A6);                 \
     }
 
-NOX_NORM_C1(Inf, 8u, from19)
-NOX_NORM_C3C(Inf, 8u, from17)
-NOX_NORM_C1(Inf, 8s, from19)
-NOX_NORM_C3C(Inf, 8s, from17)
-NOX_NORM_C1(Inf, 16u, from19)
-NOX_NORM_C3C(Inf, 16u, from17)
-NOX_NORM_C1(Inf, 32f, from17)
-NOX_NORM_C3C(Inf, 32f, from17)
-NOX_NORM_C1(L1, 8u, from17OnCores)
-NOX_NORM_C3C(L1, 8u, from17)
-NOX_NORM_C1(L1, 8s, from17OnCores)
-NOX_NORM_C3C(L1, 8s, from17)
-NOX_NORM_C1(L1, 16u, from17)
-NOX_NORM_C3C(L1, 16u, from17)
-NOX_NORM_C1(L1, 32f, from17)
-NOX_NORM_C3C(L1, 32f, from17)
-NOX_NORM_C1(L2, 8u, from17OnCores)
-NOX_NORM_C3C(L2, 8u, from17OnCores)
-NOX_NORM_C1(L2, 8s, from17OnCores)
-NOX_NORM_C3C(L2, 8s, from17OnCores)
-NOX_NORM_C1(L2, 16u, from17)
-NOX_NORM_C3C(L2, 16u, from17OnCores)
-NOX_NORM_C1(L2, 32f, from17)
-NOX_NORM_C3C(L2, 32f, from17OnCores)
-NOX_NORM2_C1(NormDiff, Inf, 8u, serial)
-NOX_NORM2_C3C(NormDiff, Inf, 8u, serial)
-NOX_NORM2_C1(NormDiff, Inf, 8s, serial)
-NOX_NORM2_C3C(NormDiff, Inf, 8s, serial)
-NOX_NORM2_C1(NormDiff, Inf, 16u, serial)
-NOX_NORM2_C3C(NormDiff, Inf, 16u, serial)
-NOX_NORM2_C1(NormDiff, Inf, 32f, serial)
-NOX_NORM2_C3C(NormDiff, Inf, 32f, serial)
-NOX_NORM2_C1(NormDiff, L1, 8u, from17OnCores)
-NOX_NORM2_C3C(NormDiff, L1, 8u, from17)
-NOX_NORM2_C1(NormDiff, L1, 8s, from17OnCores)
-NOX_NORM2_C3C(NormDiff, L1, 8s, from17OnCores)
-NOX_NORM2_C1(NormDiff, L1, 16u, from17)
-NOX_NORM2_C3C(NormDiff, L1, 16u, from17OnCores)
-NOX_NORM2_C1(NormDiff, L1, 32f, serial)
-NOX_NORM2_C3C(NormDiff, L1, 32f, serial)
-NOX_NORM2_C1(NormDiff, L2, 8u, from17OnCores)
-NOX_NORM2_C3C(NormDiff, L2, 8u, from17)
-NOX_NORM2_C1(NormDiff, L2, 8s, from17OnCores)
-NOX_NORM2_C3C(NormDiff, L2, 8s, from17)
-NOX_NORM2_C1(NormDiff, L2, 16u, from17)
-NOX_NORM2_C3C(NormDiff, L2, 16u, from17OnCores)
-NOX_NORM2_C1(NormDiff, L2, 32f, serial)
-NOX_NORM2_C3C(NormDiff, L2, 32f, serial)
-NOX_NORM2_C1(NormRel, Inf, 8u, from17OnCores)
-NOX_NORM2_C3C(NormRel, Inf, 8u, from17OnCores)
-NOX_NORM2_C1(NormRel, Inf, 8s, from17OnCores)
-NOX_NORM2_C3C(NormRel, Inf, 8s, from17OnCores)
-NOX_NORM2_C1(NormRel, Inf, 16u, from17OnCores)
-NOX_NORM2_C3C(NormRel, Inf, 16u, from17)
-NOX_NORM2_C1(NormRel, Inf, 32f, from17)
-NOX_NORM2_C3C(NormRel, Inf, 32f, from17)
-NOX_NORM2_C1(NormRel, L1, 8u, serial)
-NOX_NORM2_C3C(NormRel, L1, 8u, from17OnCores)
-NOX_NORM2_C1(NormRel, L1, 8s, from17OnCores)
-NOX_NORM2_C3C(NormRel, L1, 8s, from17OnCores)
-NOX_NORM2_C1(NormRel, L1, 16u, from17OnCores)
-NOX_NORM2_C3C(NormRel, L1, 16u, from17)
-NOX_NORM2_C1(NormRel, L1, 32f, serial)
-NOX_NORM2_C3C(NormRel, L1, 32f, serial)
-NOX_NORM2_C1(NormRel, L2, 8u, from17)
-NOX_NORM2_C3C(NormRel, L2, 8u, from17OnCores)
-NOX_NORM2_C1(NormRel, L2, 8s, from17)
-NOX_NORM2_C3C(NormRel, L2, 8s, from17OnCores)
-NOX_NORM2_C1(NormRel, L2, 16u, from17OnCores)
-NOX_NORM2_C3C(NormRel, L2, 16u, from17)
-NOX_NORM2_C1(NormRel, L2, 32f, serial)
-NOX_NORM2_C3C(NormRel, L2, 32f, serial)
+NOX_NORM_C1(noxiNorm_Inf_8u_C1MR, Inf, 8u, from19)
+NOX_NORM_C3C(noxiNorm_Inf_8u_C3CMR, Inf, 8u, from17)
+NOX_NORM_C1(noxiNorm_Inf_8s_C1MR, Inf, 8s, from19)
+NOX_NORM_C3C(noxiNorm_Inf_8s_C3CMR, Inf, 8s, from17)
+NOX_NORM_C1(noxiNorm_Inf_16u_C1MR, Inf, 16u, from19)
+NOX_NORM_C3C(noxiNorm_Inf_16u_C3CMR, Inf, 16u, from17)
+NOX_NORM_C1(noxiNorm_Inf_32f_C1MR, Inf, 32f, from17)
+NOX_NORM_C3C(noxiNorm_Inf_32f_C3CMR, Inf, 32f, from17)
+NOX_NORM_C1(noxiNorm_L1_8u_C1MR, L1, 8u, from17OnCores)
+NOX_NORM_C3C(noxiNorm_L1_8u_C3CMR, L1, 8u, from17)
+NOX_NORM_C1(noxiNorm_L1_8s_C1MR, L1, 8s, from17OnCores)
+NOX_NORM_C3C(noxiNorm_L1_8s_C3CMR, L1, 8s, from17)
+NOX_NORM_C1(noxiNorm_L1_16u_C1MR, L1, 16u, from17)
+NOX_NORM_C3C(noxiNorm_L1_16u_C3CMR, L1, 16u, from17)
+NOX_NORM_C1(noxiNorm_L1_32f_C1MR, L1, 32f, from17)
+NOX_NORM_C3C(noxiNorm_L1_32f_C3CMR, L1, 32f, from17)
+NOX_NORM_C1(noxiNorm_L2_8u_C1MR, L2, 8u, from17OnCores)
+NOX_NORM_C3C(noxiNorm_L2_8u_C3CMR, L2, 8u, from17OnCores)
+NOX_NORM_C1(noxiNorm_L2_8s_C1MR, L2, 8s, from17OnCores)
+NOX_NORM_C3C(noxiNorm_L2_8s_C3CMR, L2, 8s, from17OnCores)
+NOX_NORM_C1(noxiNorm_L2_16u_C1MR, L2, 16u, from17)
+NOX_NORM_C3C(noxiNorm_L2_16u_C3CMR, L2, 16u, from17OnCores)
+NOX_NORM_C1(noxiNorm_L2_32f_C1MR, L2, 32f, from17)
+NOX_NORM_C3C(noxiNorm_L2_32f_C3CMR, L2, 32f, from17OnCores)
+NOX_NORM2_C1(noxiNormDiff_Inf_8u_C1MR, NormDiff, Inf, 8u, serial)
+NOX_NORM2_C3C(noxiNormDiff_Inf_8u_C3CMR, NormDiff, Inf, 8u, serial)
+NOX_NORM2_C1(noxiNormDiff_Inf_8s_C1MR, NormDiff, Inf, 8s, serial)
+NOX_NORM2_C3C(noxiNormDiff_Inf_8s_C3CMR, NormDiff, Inf, 8s, serial)
+NOX_NORM2_C1(noxiNormDiff_Inf_16u_C1MR, NormDiff, Inf, 16u, serial)
+NOX_NORM2_C3C(noxiNormDiff_Inf_16u_C3CMR, NormDiff, Inf, 16u, serial)
+NOX_NORM2_C1(noxiNormDiff_Inf_32f_C1MR, NormDiff, Inf, 32f, serial)
+NOX_NORM2_C3C(noxiNormDiff_Inf_32f_C3CMR, NormDiff, Inf, 32f, serial)
+NOX_NORM2_C1(noxiNormDiff_L1_8u_C1MR, NormDiff, L1, 8u, from17OnCores)
+NOX_NORM2_C3C(noxiNormDiff_L1_8u_C3CMR, NormDiff, L1, 8u, from17)
+NOX_NORM2_C1(noxiNormDiff_L1_8s_C1MR, NormDiff, L1, 8s, from17OnCores)
+NOX_NORM2_C3C(noxiNormDiff_L1_8s_C3CMR, NormDiff, L1, 8s, from17OnCores)
+NOX_NORM2_C1(noxiNormDiff_L1_16u_C1MR, NormDiff, L1, 16u, from17)
+NOX_NORM2_C3C(noxiNormDiff_L1_16u_C3CMR, NormDiff, L1, 16u, from17OnCores)
+NOX_NORM2_C1(noxiNormDiff_L1_32f_C1MR, NormDiff, L1, 32f, serial)
+NOX_NORM2_C3C(noxiNormDiff_L1_32f_C3CMR, NormDiff, L1, 32f, serial)
+NOX_NORM2_C1(noxiNormDiff_L2_8u_C1MR, NormDiff, L2, 8u, from17OnCores)
+NOX_NORM2_C3C(noxiNormDiff_L2_8u_C3CMR, NormDiff, L2, 8u, from17)
+NOX_NORM2_C1(noxiNormDiff_L2_8s_C1MR, NormDiff, L2, 8s, from17OnCores)
+NOX_NORM2_C3C(noxiNormDiff_L2_8s_C3CMR, NormDiff, L2, 8s, from17)
+NOX_NORM2_C1(noxiNormDiff_L2_16u_C1MR, NormDiff, L2, 16u, from17)
+NOX_NORM2_C3C(noxiNormDiff_L2_16u_C3CMR, NormDiff, L2, 16u, from17OnCores)
+NOX_NORM2_C1(noxiNormDiff_L2_32f_C1MR, NormDiff, L2, 32f, serial)
+NOX_NORM2_C3C(noxiNormDiff_L2_32f_C3CMR, NormDiff, L2, 32f, serial)
+NOX_NORM2_C1(noxiNormRel_Inf_8u_C1MR, NormRel, Inf, 8u, from17OnCores)
+NOX_NORM2_C3C(noxiNormRel_Inf_8u_C3CMR, NormRel, Inf, 8u, from17OnCores)
+NOX_NORM2_C1(noxiNormRel_Inf_8s_C1MR, NormRel, Inf, 8s, from17OnCores)
+NOX_NORM2_C3C(noxiNormRel_Inf_8s_C3CMR, NormRel, Inf, 8s, from17OnCores)
+NOX_NORM2_C1(noxiNormRel_Inf_16u_C1MR, NormRel, Inf, 16u, from17OnCores)
+NOX_NORM2_C3C(noxiNormRel_Inf_16u_C3CMR, NormRel, Inf, 16u, from17)
+NOX_NORM2_C1(noxiNormRel_Inf_32f_C1MR, NormRel, Inf, 32f, from17)
+NOX_NORM2_C3C(noxiNormRel_Inf_32f_C3CMR, NormRel, Inf, 32f, from17)
+NOX_NORM2_C1(noxiNormRel_L1_8u_C1MR, NormRel, L1, 8u, serial)
+NOX_NORM2_C3C(noxiNormRel_L1_8u_C3CMR, NormRel, L1, 8u, from17OnCores)
+NOX_NORM2_C1(noxiNormRel_L1_8s_C1MR, NormRel, L1, 8s, from17OnCores)
+NOX_NORM2_C3C(noxiNormRel_L1_8s_C3CMR, NormRel, L1, 8s, from17OnCores)
+NOX_NORM2_C1(noxiNormRel_L1_16u_C1MR, NormRel, L1, 16u, from17OnCores)
+NOX_NORM2_C3C(noxiNormRel_L1_16u_C3CMR, NormRel, L1, 16u, from17)
+NOX_NORM2_C1(noxiNormRel_L1_32f_C1MR, NormRel, L1, 32f, serial)
+NOX_NORM2_C3C(noxiNormRel_L1_32f_C3CMR, NormRel, L1, 32f, serial)
+NOX_NORM2_C1(noxiNormRel_L2_8u_C1MR, NormRel, L2, 8u, from17)
+NOX_NORM2_C3C(noxiNormRel_L2_8u_C3CMR, NormRel, L2, 8u, from17OnCores)
+NOX_NORM2_C1(noxiNormRel_L2_8s_C1MR, NormRel, L2, 8s, from17)
+NOX_NORM2_C3C(noxiNormRel_L2_8s_C3CMR, NormRel, L2, 8s, from17OnCores)
+NOX_NORM2_C1(noxiNormRel_L2_16u_C1MR, NormRel, L2, 16u, from17OnCores)
+NOX_NORM2_C3C(noxiNormRel_L2_16u_C3CMR, NormRel, L2, 16u, from17)
+NOX_NORM2_C1(noxiNormRel_L2_32f_C1MR, NormRel, L2, 32f, serial)
+NOX_NORM2_C3C(noxiNormRel_L2_32f_C3CMR, NormRel, L2, 32f, serial)
