@@ -34,7 +34,7 @@ void addFilter(const std::string &name, Entry entry, Query query, bool largest, 
                  const bench::Image<T> dst(size, channels);
                  int bytes = 0;
                  query(size.width, window, &bytes);
-                 const bench::Image<Nox8u> buffer({bytes, 1});
+                 const bench::Buffer buffer(bytes);
                  const NoxiPoint anchor{window.width / 2, window.height / 2};
                  return {[=] {
                              entry(src.data(), src.step(), dst.data(), dst.step(), size, window, anchor, buffer.data());
@@ -201,7 +201,7 @@ void addReconstruct(const std::string &name, Query query, Entry entry, bool dila
                     const bench::Image<T> grown(size);
                     int bytes = 0;
                     query(size, &bytes);
-                    const bench::Image<Nox8u> buffer({bytes, 1});
+                    const bench::Buffer buffer(bytes);
                     const auto start = [=] { std::copy_n(scene.marker.data(), grown.count(), grown.data()); };
                     bench::Work work{[=] {
                                          start();

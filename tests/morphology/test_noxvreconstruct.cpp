@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
@@ -97,15 +98,35 @@ void compareCorridors(NoxiSize size, const std::function<bool(int, int)> &open, 
     }
 }
 
-/// Whether a pixel lies on a square spiral with walls of one pixel.
-bool onSpiral(int x, int y, int side) {
-    const int ring = std::min(std::min(x, y), std::min(side - 1 - x, side - 1 - y));
-    const bool gate = x == ring - 1 + 1 && y == ring + 1 - 1 + 1; // below the ring's first corner
-    return ring % 2 == 0 ? !(gate && ring % 2 == 0) : (x == ring && y == ring + 1);
+/// A corridor that winds from the first pixel to the middle, with walls of one pixel.
+std::vector<bool> spiral(int side) {
+    std::vector<bool> open(std::size_t(side) * side, false);
+    const auto isOpen = [&](int x, int y) {
+        return x >= 0 && y >= 0 && x < side && y < side && open[std::size_t(y) * side + x];
+    };
+    int x = 0, y = 0, dx = 1, dy = 0;
+    for (int turns = 0; turns < 2;) {
+        open[std::size_t(y) * side + x] = true;
+        const int nx = x + dx, ny = y + dy;
+        if (nx < 0 || ny < 0 || nx >= side || ny >= side || isOpen(nx + dx, ny + dy)) {
+            const int old = dx;
+            dx = -dy;
+            dy = old;
+            ++turns;
+        } else {
+            x = nx;
+            y = ny;
+            turns = 0;
+        }
+    }
+    return open;
 }
 
 TYPED_TEST(Reconstruction, SpiralsAndSerpentines) {
-    compareCorridors<TypeParam>({61, 61}, [](int x, int y) { return onSpiral(x, y, 61); }, {2, 0});
+    const auto open = spiral(61);
+    EXPECT_EQ(std::count(open.begin(), open.end(), true), 1921); // some 30 turns
+    compareCorridors<TypeParam>({61, 61}, [&](int x, int y) { return open[y * 61 + x]; }, {0, 0});
+    compareCorridors<TypeParam>({61, 61}, [&](int x, int y) { return open[y * 61 + x]; }, {30, 30});
     // Up and down, and to and fro: a gate at alternating ends of each wall.
     compareCorridors<TypeParam>({47, 33}, [](int x, int y) { return x % 2 == 0 || y == (x % 4 == 1 ? 32 : 0); },
                                 {0, 16});
@@ -124,15 +145,16 @@ TYPED_TEST(Reconstruction, Mazes) {
 }
 
 TYPED_TEST(Reconstruction, WavesWiderThanTheQueue) {
-    // Everything changes after the sweeps: a wide field behind a corridor that turns back twice.
-    using T = TypeParam;
-    const int w = 2500, h = 24;
-    compareCorridors<T>({w, h},
-                        [&](int x, int y) {
-                            return y >= 6 || (y == 0) || (y == 2) || (y == 4) || (y == 1 && x == w - 1) ||
-                                   (y == 3 && x == 0) || (y == 5 && x % 2 == 0);
-                        },
-                        {0, 0});
+    // The lower half leads down and up again to the seam between the halves, which is then open all along; above it,
+    // two and a half thousand corridors of their own. So the seam's whole row goes to the queue at once.
+    constexpr int w = 5001, h = 24, seam = h / 2;
+    compareCorridors<TypeParam>({w, h},
+                                [](int x, int y) {
+                                    if (y > seam)
+                                        return x == 0 || x == 2 || (y == h - 1 && x == 1);
+                                    return y == seam ? x >= 2 : y == seam - 1 || x % 2 == 0;
+                                },
+                                {0, seam + 1});
 }
 
 TYPED_TEST(Reconstruction, StatusesInOrder) {

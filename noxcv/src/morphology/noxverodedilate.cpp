@@ -108,25 +108,26 @@ Levels cheapestLevels(const IsSet &isSet, NoxiSize mask) {
 }
 
 /// Joins the pieces of a mask for rows of outputs. at(y, piece) tells where the pixels of a piece are for output row y.
+/// With a srcStep that is not 0 they are so many bytes further on in each row.
 template <class Op, class T, class IsSet, class At>
 void joinPieces(const IsSet &isSet, NoxiSize mask, const Levels &levels, Rows<T> dst, int height, std::ptrdiff_t count,
-                const At &at) {
+                std::ptrdiff_t srcStep, const At &at) {
     const int cells = mask.width * mask.height;
     Pieces part;
-    const auto join = [&](int y, bool more) {
-        const T *from[Pieces::most];
+    const T *from[Pieces::most];
+    const auto join = [&](int y, bool more, bool placed) {
         for (int i = 0; i < part.count; ++i)
-            from[i] = at(y, part.list[i]);
+            from[i] = placed ? Rows<const T>{from[i], srcStep}[1] : at(y, part.list[i]);
         NOX_ON_TIER_FOR(tierBytes<T>(count), joinLimited<Op, T>(from, part.count, more, dst[y], count));
     };
     const int first = part.collect(isSet, mask, levels, 0);
     for (int y = 0; y < height; ++y) {
         if (y > 0 && first < cells)
             part.collect(isSet, mask, levels, 0);
-        join(y, false);
+        join(y, false, y > 0 && first == cells && srcStep != 0);
         for (int next = first; next < cells;) {
             next = part.collect(isSet, mask, levels, next);
-            join(y, true);
+            join(y, true, false);
         }
     }
 }
@@ -139,7 +140,7 @@ void joinMask(Rows<const T> src, Rows<T> dst, NoxiSize roi, const T *table, Noxi
     constexpr T setCell = std::is_same_v<T, Nox32f> ? -baseline::neutralElement<Op, T>()
                                                     : static_cast<T>(~baseline::neutralElement<Op, Nox8u>());
     joinPieces<Op, T>([table](int cell) { return table[static_cast<std::ptrdiff_t>(cell) * entry] == setCell; }, mask,
-                      Levels{}, dst, roi.height, static_cast<std::ptrdiff_t>(roi.width) * channels,
+                      Levels{}, dst, roi.height, static_cast<std::ptrdiff_t>(roi.width) * channels, src.step,
                       [src](int y, const Piece &piece) {
                           return src[y + piece.row] + static_cast<std::ptrdiff_t>(piece.column) * channels;
                       });
@@ -234,14 +235,24 @@ struct GeneralMask {
         };
         int made = 0;
         const int lastRow = roi.height - 1;
+        // Where the pixels and windows of the last row are that was asked for: pieces come row by row.
+        int lastY = -1, lastPieceRow = -1;
+        const T *from[3] = {};
         const auto at = [&](int y, const Piece &piece) {
-            const int row = static_cast<int>(std::clamp<long long>(0LL + y + piece.row - state.anchorY, 0, lastRow));
-            for (; levels.width[0] != 0 && made <= row; ++made)
-                makeWindows(levels, src[made], ring(made, 0), ring(made, 1));
-            const T *const from = piece.level < 0 ? static_cast<const T *>(src[row]) : ring(row, piece.level);
-            return from + elements(x0 - state.anchorX + piece.column);
+            if (y != lastY || piece.row != lastPieceRow) {
+                lastY = y;
+                lastPieceRow = piece.row;
+                const int row =
+                    static_cast<int>(std::clamp<long long>(0LL + y + piece.row - state.anchorY, 0, lastRow));
+                for (; levels.width[0] != 0 && made <= row; ++made)
+                    makeWindows(levels, src[made], ring(made, 0), ring(made, 1));
+                from[0] = src[row];
+                from[1] = ring(row, 0);
+                from[2] = ring(row, 1);
+            }
+            return from[piece.level + 1] + elements(x0 - state.anchorX + piece.column);
         };
-        joinPieces<Op, T>(isSet, mask, levels, {dst[0] + elements(x0), dst.step}, roi.height, elements(x1 - x0), at);
+        joinPieces<Op, T>(isSet, mask, levels, {dst[0] + elements(x0), dst.step}, roi.height, elements(x1 - x0), 0, at);
     }
     /// The windows of one source row, as far as whole ones fit.
     void makeWindows(const Levels &levels, const T *from, T *first, T *second) const {
@@ -261,7 +272,7 @@ struct GeneralMask {
     }
     void run() const {
         // Columns at the sides are done some more at a time than need be, to fill a vector.
-        constexpr int few = 32 / (channels * static_cast<int>(sizeof(T))) + 1;
+        constexpr int few = 16 / (channels * static_cast<int>(sizeof(T))) + 1;
         const long long left = state.anchorX == 0 ? 0 : std::max(state.anchorX, few),
                         right = state.rightExtent == 0 ? 0 : std::max(state.rightExtent, few);
         if (left + right >= roi.width) {

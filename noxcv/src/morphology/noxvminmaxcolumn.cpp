@@ -34,12 +34,22 @@ struct Columns {
     int slots;
     int filtered = 0; ///< source rows done so far
 
+    int nextSlot = 0; ///< the ring's place for the next one
+
     /// The ring's place for row y.
     T *slot(int y) const { return ring[y % slots]; }
+    /// The same for row y + i, i below twice the ring's length, when y lies at place `first`.
+    T *slotBehind(int first, int i) const {
+        i += first;
+        i -= i >= slots ? slots : 0;
+        return ring[i >= slots ? i - slots : i];
+    }
     /// Filters source rows up to y.
     void fetch(int y) {
-        for (; filtered <= y; ++filtered)
-            row(src[filtered], slot(filtered), roi.width, windowWidth, anchorX);
+        for (; filtered <= y; ++filtered) {
+            row(src[filtered], ring[nextSlot], roi.width, windowWidth, anchorX);
+            nextSlot = nextSlot + 1 == slots ? 0 : nextSlot + 1;
+        }
     }
     void copy(int y, const T *from) const { std::memcpy(dst[y], from, static_cast<std::size_t>(count) * sizeof(T)); }
     void join(const T *a, const T *b, T *out) const {
@@ -75,22 +85,24 @@ struct Columns {
             join(slot(b), slot(b + 1), dst[b + anchor]);
         else
             copy(b + anchor, slot(b));
-        T *const running = slot(behind);
+        const int first = b % slots;
+        T *const running = slotBehind(first, n);
         for (int i = 1; i <= n && b + anchor + i < roi.height; ++i) {
             const int y = b + anchor + i, next = behind + i - 1;
-            const T *suffix = slot(b + i);
+            const T *suffix = slotBehind(first, i);
             if (next < roi.height)
                 fetch(next);
             if (behind >= roi.height)
                 copy(y, suffix);
             else if (i == n && next < roi.height && next > behind)
-                join(running, slot(next), dst[y]);
+                join(running, slotBehind(first, n + i - 1), dst[y]);
             else if (i == n)
                 copy(y, running);
             else if (i == 1 || next >= roi.height)
                 join(i == 1 ? suffix : running, i == 1 ? running : suffix, dst[y]);
             else
-                NOX_ON_TIER_FOR(tierBytes<T>(count), joinPrefix<Op, T>(running, slot(next), suffix, dst[y], count));
+                NOX_ON_TIER_FOR(tierBytes<T>(count),
+                                joinPrefix<Op, T>(running, slotBehind(first, n + i - 1), suffix, dst[y], count));
         }
     }
 
@@ -101,8 +113,9 @@ struct Columns {
         for (; y - anchor + taps < roi.height; y += 2) {
             T *rows[taps + 1];
             fetch(y - anchor + taps);
+            // The ring holds these rows and no others, so the first one lies where the next one will.
             for (int i = 0; i <= taps; ++i)
-                rows[i] = slot(y - anchor + i);
+                rows[i] = slotBehind(nextSlot, i);
             NOX_ON_TIER_FOR(tierBytes<T>(count), joinTwo<Op, T, taps>(rows, dst[y], dst[y + 1], count));
         }
         fetch(roi.height - 1);

@@ -1,8 +1,9 @@
 // Minimum and maximum over windows of a row.
 //
-// Windows of 2 to 7 cells are formed from unaligned loads at once. Wider ones grow by four: windows of 4, 16 and 64
-// cells in a short line on the stack, of which the last step joins what the width asks for. So a row costs a number of
-// passes that is the logarithm of the width, each a few instructions a vector. At the ends of the row windows are cut.
+// Windows of 2 to 7 cells are formed from unaligned loads at once, where the caller chose the routine for their width.
+// Others grow by four: windows of 4, 16 and 64 cells in a short line on the stack, of which the last step joins what
+// the width asks for. So a row costs a number of passes that is the logarithm of the width, each a few instructions a
+// vector. At the ends of the row windows are cut.
 #include <algorithm>
 #include <cfloat>
 #include <cstring>
@@ -18,7 +19,7 @@ using namespace nox;
 
 namespace {
 
-/// Windows up to this width have their cut ends done pixel by pixel.
+/// Windows up to this width have routines of their own.
 constexpr int shortWindow = 7;
 
 /// The outputs whose window is cut at an end of the row, by running winners: all of them when the row is no longer than
@@ -47,48 +48,42 @@ void cutWindows(const Element<T> *src, Element<T> *dst, int width, int left, int
     }
 }
 
-/// Copies pixel `from` n times.
-template <class T, int channels>
-NOX_INLINE void repeatPixel(const Element<T> *from, Element<T> *to, int n) {
-    if constexpr (sizeof(T) * channels == 1) {
-        std::memset(to, *from, n);
+/// Windows of `left` + 1 + `right` cells, at most longestWindow, in any row.
+template <class Op, class T, int channels>
+void wholeWindows(const T *src, T *dst, int width, int left, int right) {
+    const int window = left + right + 1;
+    if (width < window || window <= 4)
+        cutWindows<Op, T, channels>(src, dst, width, left, right);
+    if (width < window)
+        return;
+    const std::ptrdiff_t inside = static_cast<std::ptrdiff_t>(width - window + 1) * channels;
+    T *const first = dst + static_cast<std::ptrdiff_t>(left) * channels;
+    if (window == 2) {
+        NOX_ON_TIER_FOR(tierBytes<T>(inside), fixedWindows<Op, T, channels, 2>(src, first, inside));
+    } else if (window == 3) {
+        NOX_ON_TIER_FOR(tierBytes<T>(inside), fixedWindows<Op, T, channels, 3>(src, first, inside));
+    } else if (window == 4) {
+        NOX_ON_TIER_FOR(tierBytes<T>(inside), fixedWindows<Op, T, channels, 4>(src, first, inside));
     } else {
-        for (int i = 0; i < n; ++i)
-            for (int c = 0; c < channels; ++c)
-                to[i * channels + c] = from[c];
+        NOX_ON_TIER_FOR(tierBytes<T>(inside), growWindows<Op, T, channels>(src, dst, width, left, right));
     }
 }
 
-/// Windows of `left` + 1 + `right` cells, at most longestWindow. The row is src, and dst is another.
+/// The same for a width that the routine is written for, if that is what is asked for.
 template <class Op, class T, int channels, int fixed>
-void wholeWindows(const T *src, T *dst, int width, int left, int right) {
+void fewCells(const T *src, T *dst, int width, int left, int right) {
     const int window = left + right + 1;
-    if (window <= shortWindow || width < window)
-        cutWindows<Op, T, channels>(src, dst, width, left, right);
-    const std::ptrdiff_t inside = static_cast<std::ptrdiff_t>(width - window + 1) * channels;
-    if (inside <= 0)
-        return;
-    T *const first = dst + static_cast<std::ptrdiff_t>(left) * channels;
-    if (window == fixed) {
-        NOX_ON_TIER_FOR(tierBytes<T>(inside), windows<Op, T, channels, fixed>(src, first, inside, window));
+    if constexpr (fixed == 0) {
+        wholeWindows<Op, T, channels>(src, dst, width, left, right);
     } else {
-        NOX_ON_TIER_FOR(tierBytes<T>(inside), windows<Op, T, channels, 0>(src, first, inside, window));
-    }
-    if (window <= shortWindow)
-        return;
-    // The ends, as whole windows of a line in which the end pixel is repeated.
-    T line[2 * longestWindow * channels];
-    const std::ptrdiff_t shared = static_cast<std::ptrdiff_t>(window - 1) * channels;
-    const auto elements = [](int pixels) NOX_INLINE_LAMBDA { return static_cast<std::ptrdiff_t>(pixels) * channels; };
-    if (left > 0) {
-        repeatPixel<T, channels>(src, line, left);
-        std::memcpy(line + elements(left), src, shared * sizeof(T));
-        NOX_ON_TIER(windows<Op, T, channels, 0>(line, dst, elements(left), window));
-    }
-    if (right > 0) {
-        std::memcpy(line, src + elements(width) - shared, shared * sizeof(T));
-        repeatPixel<T, channels>(src + elements(width - 1), line + shared, right);
-        NOX_ON_TIER(windows<Op, T, channels, 0>(line, dst + elements(width - right), elements(right), window));
+        if (window != fixed || width < window) {
+            wholeWindows<Op, T, channels>(src, dst, width, left, right);
+            return;
+        }
+        cutWindows<Op, T, channels>(src, dst, width, left, right);
+        const std::ptrdiff_t inside = static_cast<std::ptrdiff_t>(width - window + 1) * channels;
+        T *const first = dst + static_cast<std::ptrdiff_t>(left) * channels;
+        NOX_ON_TIER_FOR(tierBytes<T>(inside), fixedWindows<Op, T, channels, fixed>(src, first, inside));
     }
 }
 
@@ -123,11 +118,11 @@ NOX_INLINE void filterRow(const T *src, T *dst, int width, int window, int ancho
     if (left == 0 && right == 0) {
         std::memcpy(dst, src, static_cast<std::size_t>(width) * channels * sizeof(T));
     } else if (left <= longestWindow - 1 - right) {
-        wholeWindows<Op, T, channels, fixed>(src, dst, width, left, right);
+        fewCells<Op, T, channels, fixed>(src, dst, width, left, right);
     } else {
         const int someLeft = std::min(left, longestWindow - 1),
                   someRight = std::min(right, longestWindow - 1 - someLeft);
-        wholeWindows<Op, T, channels, 0>(src, dst, width, someLeft, someRight);
+        wholeWindows<Op, T, channels>(src, dst, width, someLeft, someRight);
         widenWindows<Op, T, channels>(dst, width, someLeft, someRight, left, right);
     }
 }

@@ -350,6 +350,9 @@ void reconstructAlone(Rows<const T> mask, Rows<T> marker, NoxiSize roi, const Ar
     Region<Op, T, eight>{mask, marker, roi, areas.flags, areas.lines[0]}.finish(go.downCheck, go.upCheck);
 }
 
+/// Rounds in which two threads take turns with the seam.
+constexpr int longestExchange = 4;
+
 template <class Op, class T, bool eight>
 void reconstructTogether(Rows<const T> mask, Rows<T> marker, NoxiSize roi, const Areas<T> &areas,
                          const Routines<T> &go) {
@@ -381,8 +384,14 @@ void reconstructTogether(Rows<const T> mask, Rows<T> marker, NoxiSize roi, const
             sweep(role, role != 0, marker[seam]);
             region(role).finish(role == 0 ? go.downCheck : go.upCheck, role == 0 ? go.upCheck : go.downCheck);
         });
-        for (;;) {
+        for (int round = 0;; ++round) {
             phases.alone([&] {
+                if (round == longestExchange) {
+                    // A path that crosses the seam again and again: it is followed by one thread.
+                    Region<Op, T, eight> whole{mask, marker, roi, areas.flags, areas.lines[0]};
+                    whole.takeIn(marker[beside[0]], seam);
+                    whole.takeIn(marker[beside[1]], seam);
+                }
                 seamChanged = growSeam(beside[0]);
                 seamChanged |= growSeam(beside[1]);
                 if (seamChanged)
