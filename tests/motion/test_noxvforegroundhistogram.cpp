@@ -79,11 +79,16 @@ Image<Nox8u> frameOf(NoxiSize size, int channels, int t, int padding) {
     return frame;
 }
 
-void compare(const Members &m, NoxiSize size, int frames, int padding, bool ownMask) {
+/// Rates of 0 stand for those of the model.
+void compare(const Members &m, NoxiSize size, int frames, int padding, bool ownMask, float slow = 0, float fast = 0) {
     const Image<Nox8u> first(frameOf(size, m.channels, 0, padding));
     NoxiForegroundHistogramState *state = nullptr;
     ASSERT_EQ(m.init(first.data(), first.step(), size, &anything, &state), noxStsNoError);
     reference::foreground::HistogramModel model(first.data(), first.step(), size, m.channels);
+    if (slow > 0) {
+        state->slowRate = model.slowRate = slow;
+        state->fastRate = model.fastRate = fast;
+    }
     Image<Nox8u> mask(size.width, size.height, 1, padding), expected(mask), taught(mask);
     std::vector<Nox8u> expectedMask;
     test::Random random(4);
@@ -108,6 +113,13 @@ TEST(ForegroundHistogram, EqualsReferenceOverManyFrames) {
     for (const Members &m : members)
         for (const bool ownMask : {true, false})
             compare(m, {29, 17}, 150, ownMask ? 0 : 5, ownMask);
+}
+
+TEST(ForegroundHistogram, EntriesThatHaveFadedHideThoseBehind) {
+    // Fast decay: entries reach 0 while others behind them still live.
+    for (const Members &m : members)
+        for (const float slow : {0.6F, 0.9F})
+            compare(m, {29, 17}, 150, 0, false, slow, 0.9F);
 }
 
 TEST(ForegroundHistogram, EqualsReferenceOnAllSizes) {

@@ -138,6 +138,7 @@ struct HistogramModel {
     int channels;
     std::vector<Pixel> pixels;
     std::vector<Nox8u> background, previous, frameChange, backgroundChange;
+    float slowRate = 0.005F, fastRate = 0.1F;
 
     HistogramModel(const Nox8u *src, int step, NoxiSize roi, int channelCount)
         : size(roi), channels(channelCount), pixels(std::size_t(roi.width) * roi.height),
@@ -199,7 +200,7 @@ struct HistogramModel {
                 continue;
             }
             float p = 0, pb = 0;
-            for (int k = 0; k < table.used && table.entries[k].p > 0.005F; ++k) {
+            for (int k = 0; k < table.used && table.entries[k].p > slowRate; ++k) {
                 bool near = true;
                 for (int c = 0; c < 3; ++c)
                     near = near && std::abs(table.entries[k].value[c] - bytes[c]) <= table.tolerance;
@@ -213,7 +214,7 @@ struct HistogramModel {
     }
 
     bool learn(Table &table, const std::array<Nox8u, 6> &key, bool isBackground) const {
-        const float rate = table.trusted ? 0.005F : 0.1F, keep = 1 - rate;
+        const float rate = table.trusted ? slowRate : fastRate, keep = 1 - rate;
         std::vector<Entry> &e = table.entries;
         table.prior = table.prior * keep;
         if (isBackground)

@@ -141,8 +141,8 @@ TEST(Watershed, GradientEqualsReference) {
 TEST(WatershedFull, LargerPictures) {
     test::Random random(11);
     for (int kind = 0; kind < 5; ++kind) {
-        const NoxiSize size = {301, 197};
-        for (const int rarity : {300, 20000}) {
+        const NoxiSize size = {151, 97};
+        for (const int rarity : {300, 5000}) {
             const Image<Nox8u> src(relief(size, kind, 1, 3, random)), color(relief(size, kind, 3, 1, random));
             const Image<Nox8u> markers(seeds(size, rarity, 254, 0, random));
             for (const int bounds : {0, 64, 128})

@@ -66,7 +66,7 @@ struct Line {
     const Element<T> *at(int x) const { return pixels + std::ptrdiff_t(x) * channels; }
 };
 
-/// A span found from another one, which the text of its row and the rule tell the ends of.
+/// One fill: the map of visited pixels and the spans that wait.
 template <class T, int channels, bool diagonal>
 class GradientFill {
 public:

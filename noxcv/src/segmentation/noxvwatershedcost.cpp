@@ -155,51 +155,74 @@ private:
         ++nextLevel_;
     }
 
+    /// A pixel and where its label and its grey level lie.
+    struct Spot {
+        int x, y;
+        Nox32u i;
+        Nox8u *label;
+        const Nox8u *grey;
+    };
+    NOX_INLINE Spot moved(const Spot &spot, const Step &step) const {
+        return {spot.x + step.dx, spot.y + step.dy, spot.i + distance(step),
+                spot.label + step.dy * markers_.step + step.dx, spot.grey + step.dy * src_.step + step.dx};
+    }
+
     void settle(Nox32u i) {
         const int y = static_cast<int>(i / static_cast<unsigned>(roi_.width));
         const int x = static_cast<int>(i % static_cast<unsigned>(roi_.width));
-        Nox8u &label = markers_[y][x];
-        if (label == 0)
-            label = labelFromNeighbours(x, y, i);
+        const Spot spot{x, y, i, markers_[y] + x, src_[y] + x};
+        if (x >= 2 && y >= 2 && x < roi_.width - 2 && y < roi_.height - 2)
+            settle<true>(spot);
+        else
+            settle<false>(spot);
+    }
+    /// inner: the neighbours and theirs lie in the image.
+    template <bool inner>
+    NOX_INLINE void settle(const Spot &spot) {
+        if (*spot.label == 0)
+            *spot.label = labelFromNeighbours<inner>(spot);
         for (const Step &step : Steps<norm>::all) {
-            const int nx = x + step.dx, ny = y + step.dy;
-            if (inside(nx, ny) && markers_[ny][nx] == 0)
-                reach(nx, ny, i + distance(step), step.length);
+            const Spot next = moved(spot, step);
+            if ((inner || inside(next.x, next.y)) && *next.label == 0)
+                reach<inner>(next, step.length);
         }
     }
 
     /// Lowers the cost of an unlabelled neighbour where the way over this pixel is shorter.
-    NOX_INLINE void reach(int x, int y, Nox32u i, int length) {
-        const int level = src_[y][x];
+    template <bool inner>
+    NOX_INLINE void reach(const Spot &spot, int length) {
+        const auto costAt = [&](int dx, int dy) {
+            return inner || inside(spot.x + dx, spot.y + dy) ? areas_.cost[spot.i + distance({dx, dy, 0})] : unreached;
+        };
         const Nox32s way = norm == 3
-                               ? frontCost(std::min(costAt(x - 1, y, i - 1), costAt(x + 1, y, i + 1)),
-                                           std::min(costAt(x, y - 1, i - roi_.width), costAt(x, y + 1, i + roi_.width)))
+                               ? frontCost(std::min(costAt(-1, 0), costAt(1, 0)), std::min(costAt(0, -1), costAt(0, 1)))
                                : now_ + length;
-        const Nox32s old = areas_.cost[i], cost = std::min(std::max(levelCost(level), way), longest);
+        const int level = *spot.grey;
+        const Nox32s old = areas_.cost[spot.i], cost = std::min(std::max(levelCost(level), way), longest);
         if (cost >= old)
             return;
         if (old != unreached)
-            unlink(i, old); // from the ring: what waits for its level has the least cost
-        areas_.cost[i] = cost;
+            unlink(spot.i, old); // from the ring: what waits for its level has the least cost
+        areas_.cost[spot.i] = cost;
         if (cost - now_ < ringSize)
-            linkNear(i, cost);
+            linkNear(spot.i, cost);
         else
-            link(levelLists_[level], i);
+            link(levelLists_[level], spot.i);
     }
-    Nox32s costAt(int x, int y, Nox32u i) const { return inside(x, y) ? areas_.cost[i] : unreached; }
 
     /// The label of the first of the nearest neighbours.
-    NOX_INLINE Nox8u labelFromNeighbours(int x, int y, Nox32u i) const {
+    template <bool inner>
+    NOX_INLINE Nox8u labelFromNeighbours(const Spot &spot) const {
         Nox32s best = INT_MAX;
         Nox8u label = 0;
         for (const Step &step : Steps<norm>::all) {
-            const int nx = x + step.dx, ny = y + step.dy;
-            if (!inside(nx, ny) || markers_[ny][nx] == 0 || markers_[ny][nx] == boundary)
+            const Spot next = moved(spot, step);
+            if (!(inner || inside(next.x, next.y)) || *next.label == 0 || *next.label == boundary)
                 continue;
-            const Nox32s way = areas_.cost[i + distance(step)] + step.length;
+            const Nox32s way = areas_.cost[next.i] + step.length;
             if (way < best) {
                 best = way;
-                label = markers_[ny][nx];
+                label = *next.label;
             }
         }
         return label;
