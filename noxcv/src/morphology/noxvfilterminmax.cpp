@@ -85,9 +85,9 @@ NoxStatus filter(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, N
         checkEvenSteps<T>(dstStep));
     if (status != noxStsNoError)
         return status;
-    const Areas<T> areas(buffer, roi, channels, mask.height);
     cutWindow(roi.width, mask.width, anchor.x);
     cutWindow(roi.height, mask.height, anchor.y);
+    const Areas<T> areas(buffer, roi, channels, mask.height);
     const bool direct = roi.height / 2 >= mask.height && (mask.height == 1 || mask.height == 3 || mask.height == 5);
     // Two rows more than the ring of any routine needs, and no less than the buffer has for a window of one row.
     T **const rows = areas.pointers(direct ? mask.height + 1 : 2 * mask.height);
