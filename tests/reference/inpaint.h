@@ -1,0 +1,226 @@
+// Inpainting, pixel by pixel from the definition. Gradients come from the library's helpers, which have a test of their
+// own.
+#pragma once
+
+#include <xmmintrin.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include "edges/noxvmaskedgradient.h"
+#include "noxtypes.h"
+
+namespace reference::inpaint {
+
+/// A packed image.
+template <class T>
+struct Plane {
+    int width = 0, height = 0, channels = 1;
+    std::vector<T> pixels;
+
+    Plane() = default;
+    Plane(int w, int h, int c = 1) : width(w), height(h), channels(c), pixels(std::size_t(w) * h * c) {}
+    T &at(int x, int y, int c = 0) { return pixels[(std::size_t(y) * width + x) * channels + c]; }
+    const T &at(int x, int y, int c = 0) const { return pixels[(std::size_t(y) * width + x) * channels + c]; }
+    int step() const { return width * channels * int(sizeof(T)); }
+    T *data() { return pixels.data(); }
+};
+
+/// The maximum over cells from -before to after in both directions, or over a cross; then without the holes.
+inline Plane<Nox8u> ring(const Plane<Nox8u> &holes, int before, int after, bool crossOnly) {
+    Plane<Nox8u> result(holes.width, holes.height);
+    for (int y = 0; y < holes.height; ++y)
+        for (int x = 0; x < holes.width; ++x) {
+            int best = 0;
+            for (int dy = -before; dy <= after; ++dy)
+                for (int dx = -before; dx <= after; ++dx)
+                    if (!crossOnly || dx == 0 || dy == 0)
+                        best = std::max<int>(best, holes.at(std::clamp(x + dx, 0, holes.width - 1),
+                                                            std::clamp(y + dy, 0, holes.height - 1)));
+            result.at(x, y) = Nox8u(best - holes.at(x, y));
+        }
+    return result;
+}
+
+inline float fastReciprocalRoot(float x) {
+    const float e = _mm_cvtss_f32(_mm_rsqrt_ss(_mm_set_ss(x)));
+    return e * (x * e * e - 3.0F) * -0.5F;
+}
+
+/// Fills `image`, of 1 or 3 channels.
+class Inpainter {
+public:
+    Inpainter(const Plane<float> &map, const Plane<Nox8u> &mask, float radius, int method)
+        : radius_(radius), r_(int(radius)), method_(method) {
+        int left = mask.width, right = -1, top = mask.height, bottom = -1, count = 0;
+        for (int y = 0; y < mask.height; ++y)
+            for (int x = 0; x < mask.width; ++x)
+                if (mask.at(x, y) != 0) {
+                    ++count;
+                    left = std::min(left, x), right = std::max(right, x);
+                    top = std::min(top, y), bottom = std::max(bottom, y);
+                }
+        if (count == 0)
+            return;
+        workX_ = std::max(left - r_ - 1, 0), workY_ = std::max(top - r_ - 1, 0);
+        const int endX = std::min(right + r_ + 2, mask.width), endY = std::min(bottom + r_ + 2, mask.height);
+        holes_ = Plane<Nox8u>(endX - workX_, endY - workY_);
+        map_ = Plane<float>(holes_.width, holes_.height);
+        for (int y = 0; y < holes_.height; ++y)
+            for (int x = 0; x < holes_.width; ++x) {
+                holes_.at(x, y) = mask.at(workX_ + x, workY_ + y) != 0 ? 255 : 0;
+                map_.at(x, y) = map.at(workX_ + x, workY_ + y);
+                if (map_.at(x, y) > 0 && int(order_.size()) < count)
+                    order_.push_back({map_.at(x, y), x, y});
+            }
+        std::stable_sort(order_.begin(), order_.end(),
+                         [](const Entry &a, const Entry &b) { return a.distance < b.distance; });
+    }
+
+    void paint(Plane<Nox8u> &image) {
+        if (holes_.pixels.empty())
+            return;
+        channels_ = image.channels;
+        work_ = Plane<Nox8u>(holes_.width, holes_.height, channels_);
+        for (int y = 0; y < holes_.height; ++y)
+            for (int x = 0; x < holes_.width; ++x)
+                for (int c = 0; c < channels_; ++c)
+                    work_.at(x, y, c) = image.at(workX_ + x, workY_ + y, c);
+        prepare();
+        for (const Entry &e : order_) {
+            for (int c = 0; c < channels_; ++c)
+                value_[c] = method_ == 0 ? alongDistance(e.x, e.y, c) : alongIsophote(e.x, e.y, c);
+            for (int c = 0; c < channels_; ++c)
+                work_.at(e.x, e.y, c) = image.at(workX_ + e.x, workY_ + e.y, c) = value_[c];
+            unknown_.at(e.x, e.y) = 0;
+            const auto update =
+                method_ == 0     ? channels_ == 1 ? owncvModGradientPoint_8u16s_C1MR : owncvModGradientPoint_8u16s_C3MR
+                : channels_ == 1 ? owncvModAbsGradientPoint_8u16s_C1MR
+                                 : owncvModAbsGradientPoint_8u16s_C3MR;
+            update(work_.data(), work_.step(), gradient_.data(), gradient_.step(), unknown_.data(), unknown_.step(),
+                   holes_.width, holes_.height, e.y, e.x);
+        }
+    }
+
+private:
+    struct Entry {
+        float distance;
+        int x, y;
+    };
+    struct Neighbour {
+        int x, y, dx, dy;
+        float d2, d;
+    };
+
+    void prepare() {
+        const int w = holes_.width, h = holes_.height;
+        gradient_ = Plane<Nox16s>(w, h, 2 * channels_);
+        distanceGradient_ = Plane<Nox16s>(w, h, 2);
+        const bool one = channels_ == 1, plain = method_ == 0;
+        Plane<Nox8u> band = ring(holes_, r_, int(1.0F + 2.0F * radius_) - r_ - 1, false),
+                     rim = ring(holes_, 1, 1, true);
+        (plain ? one ? owncvGradient_8u16s_C1MR : owncvGradient_8u16s_C3MR
+         : one ? owncvAbsGradient_8u16s_C1MR
+               : owncvAbsGradient_8u16s_C3MR)(work_.data(), work_.step(), gradient_.data(), gradient_.step(),
+                                              band.data(), band.step(), w, h);
+        (plain ? one ? owncvModGradient_8u16s_C1MR : owncvModGradient_8u16s_C3MR
+         : one ? owncvModAbsGradient_8u16s_C1MR
+               : owncvModAbsGradient_8u16s_C3MR)(work_.data(), work_.step(), gradient_.data(), gradient_.step(),
+                                                 rim.data(), rim.step(), holes_.data(), holes_.step(), w, h);
+        owncvGradient_32f16s_C1MR_Sfs(map_.data(), map_.step(), distanceGradient_.data(), distanceGradient_.step(),
+                                      holes_.data(), holes_.step(), w, h, -12);
+        unknown_ = holes_;
+    }
+
+    bool inside(int x, int y) const {
+        return x - r_ >= 0 && y - r_ >= 0 && x + r_ <= holes_.width - 1 && y + r_ <= holes_.height - 1;
+    }
+    bool known(int x, int y) const {
+        return x >= 0 && y >= 0 && x < holes_.width && y < holes_.height && unknown_.at(x, y) == 0;
+    }
+    /// Known neighbours, row by row.
+    std::vector<Neighbour> neighbours(int x, int y) const {
+        std::vector<Neighbour> list;
+        for (int oy = -r_; oy <= r_; ++oy)
+            for (int ox = -r_; ox <= r_; ++ox) {
+                const float d2 = float(ox * ox + oy * oy);
+                const bool near = inside(x, y) ? d2 <= radius_ * radius_ : ox * ox + oy * oy <= r_ * r_;
+                if ((ox != 0 || oy != 0) && near && known(x + ox, y + oy))
+                    list.push_back({x + ox, y + oy, -ox, -oy, d2, std::sqrt(d2)});
+            }
+        return list;
+    }
+    /// The direct neighbours' part, where weights are missing.
+    void fallBack(int x, int y, int c, float &sum, float &weights) const {
+        static constexpr int around[4][2] = {{0, -1}, {-1, 0}, {1, 0}, {0, 1}};
+        const bool in = inside(x, y);
+        int values = 0, count = 0;
+        for (const auto &[ox, oy] : around)
+            if (known(x + ox, y + oy)) {
+                ++count;
+                values += work_.at(x + ox, y + oy, c);
+                if (!in)
+                    sum += float(work_.at(x + ox, y + oy, c));
+            }
+        if (in)
+            sum = 255.0F * float(values);
+        weights += float(in ? 255 * count : count);
+    }
+
+    Nox8u alongDistance(int x, int y, int c) const {
+        float weights = 1e-30F, sum = 0, sx = 0, sy = 0;
+        for (const Neighbour &n : neighbours(x, y)) {
+            float t = float(distanceGradient_.at(x, y, 0) * n.dx + distanceGradient_.at(x, y, 1) * n.dy);
+            if (std::fabs(t) < 2.5e-25F)
+                t = 2.5e-25F;
+            const float share = std::ldexp(1.0F, -12) / (std::fabs(map_.at(n.x, n.y) - map_.at(x, y)) + 1.0F);
+            const float weight = std::fabs(share * (1.0F / (n.d2 * n.d)) * t);
+            sum += float(work_.at(n.x, n.y, c)) * weight;
+            weights += weight;
+            sx -= float(gradient_.at(n.x, n.y, 2 * c)) * weight * float(n.dx);
+            sy -= float(gradient_.at(n.x, n.y, 2 * c + 1)) * weight * float(n.dy);
+        }
+        if (weights < 0.0001F) {
+            fallBack(x, y, c, sum, weights);
+            sx = sy = 0;
+        }
+        const long double lx = sx, ly = sy;
+        const long double value =
+            (long double)(sum) / weights + 0.5L + (lx + ly) / (std::sqrt(ly * ly + lx * lx) + 1e-20L);
+        if (!(value > 0))
+            return 0;
+        return Nox8u(std::min(255, int(std::min(value, 1000.0L))));
+    }
+
+    Nox8u alongIsophote(int x, int y, int c) const {
+        float weights = 1e-30F, sum = 0;
+        for (const Neighbour &n : neighbours(x, y)) {
+            const int g0 = gradient_.at(n.x, n.y, 2 * c), g1 = gradient_.at(n.x, n.y, 2 * c + 1);
+            const int u = std::abs(n.dx * -g1 + n.dy * g0);
+            const float square = float(g0 * g0 + g1 * g1), near = n.d2 * n.d2 + 1.0F;
+            float weight = 0;
+            if (inside(x, y))
+                weight = 1.0F / (near * n.d) * (u == 0 ? 1e-6F : float(u) * fastReciprocalRoot(square));
+            else
+                weight = (u == 0 ? 1e-6F : float(u) * fastReciprocalRoot(n.d2 * square)) * (1.0F / near);
+            sum += float(work_.at(n.x, n.y, c)) * weight;
+            weights += weight;
+        }
+        if (weights < 0.0001F)
+            fallBack(x, y, c, sum, weights);
+        return Nox8u(int((long double)(sum) / weights + 0.5L));
+    }
+
+    float radius_;
+    int r_, method_, channels_ = 1, workX_ = 0, workY_ = 0;
+    std::vector<Entry> order_;
+    Plane<Nox8u> holes_, unknown_, work_;
+    Plane<float> map_;
+    Plane<Nox16s> gradient_, distanceGradient_;
+    Nox8u value_[3] = {};
+};
+
+} // namespace reference::inpaint
