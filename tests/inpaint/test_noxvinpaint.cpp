@@ -205,9 +205,9 @@ TEST(Inpaint, MapThatDisagrees) {
     };
     for (const Members &m : members)
         for (const auto &change : changes)
-            for (const int kind : {0, 1, 2, 3, 4})
+            for (const int kind : {0, 2, 3})
                 for (const int method : {0, 1}) {
-                    const Image<Nox8u> mask = holes({27, 19}, kind, random);
+                    const Image<Nox8u> mask = holes({23, 17}, kind, random);
                     Image<Nox32f> map = mapOf(mask);
                     map.generate([&](int x, int y, int) { return change(x, y, map.at(x, y)); });
                     expectAsReference(m, map, mask, 2.5F, method, kind, random);

@@ -1,7 +1,7 @@
 // Inpainting: pixels are filled in the order of their distances, each from the known pixels about it.
 #include "noxvinpaint.h"
 
-#include <xmmintrin.h>
+#include <emmintrin.h>
 
 #include <algorithm>
 #include <bit>
@@ -20,6 +20,7 @@ using namespace nox;
 namespace {
 
 constexpr std::uint64_t indexBits = (1ULL << 28) - 1;
+constexpr Nox32f leastWeight = 1e-30F; ///< what sums of weights begin with
 constexpr Nox32f fewWeights = 0.0001F; ///< below this sum of weights the direct neighbours decide
 
 /// The routines of a number of channels.
@@ -49,13 +50,62 @@ struct Canvas {
     int width, height;
 };
 
-/// A neighbour as the sums see it.
-struct Sample {
-    int dx, dy; ///< the way from it to the pixel
-    const Nox8u *value;
-    const Nox16s *gradient;
-    Nox32f distance;
+/// x in the low half, y in the high one: as a pair of the gradient images lies in memory.
+Nox32s packPair(int x, int y) {
+    return static_cast<Nox32s>((static_cast<unsigned>(x) & 0xffffU) | static_cast<unsigned>(y) << 16);
+}
+Nox32s pairAt(const Nox16s *pair) { return packPair(pair[0], pair[1]); }
+
+/// Known neighbours of a pixel, field by field, for vectors of four. What fills up the last vector has no weight.
+template <int channels>
+struct Samples {
+    static constexpr int capacity = 64;
+
+    alignas(16) Nox32s way[capacity];      ///< pair: from the neighbour to the pixel
+    alignas(16) Nox32f nearness[capacity]; ///< the weight's part that depends on the way alone
+    alignas(16) Nox32f squared[capacity];  ///< method 1: what the gradient's square is multiplied with
+    alignas(16) Nox32f distance[capacity]; ///< method 0: the map's value
+    alignas(16) Nox32s value[channels][capacity];
+    alignas(16) Nox32s gradient[channels][capacity]; ///< pairs
+    int count = 0;
+
+    void push(int dx, int dy, Nox32f near, Nox32f factor, Nox32f mapped, const Nox8u *pixel, const Nox16s *pairs) {
+        way[count] = packPair(dx, dy);
+        nearness[count] = near;
+        squared[count] = factor;
+        distance[count] = mapped;
+        for (int i = 0; i < channels; ++i) {
+            value[i][count] = pixel[i];
+            gradient[i][count] = pairAt(pairs + 2 * i);
+        }
+        ++count;
+    }
+    bool full() const { return count == capacity; }
+    /// Repeats the last neighbour, without a weight, up to a multiple of four.
+    void fillUp() {
+        for (; count % 4 != 0; ++count) {
+            way[count] = way[count - 1];
+            nearness[count] = 0;
+            squared[count] = squared[count - 1];
+            distance[count] = distance[count - 1];
+            for (int i = 0; i < channels; ++i) {
+                value[i][count] = value[i][count - 1];
+                gradient[i][count] = gradient[i][count - 1];
+            }
+        }
+    }
 };
+
+__m128 absolute(__m128 v) { return _mm_andnot_ps(_mm_set1_ps(-0.0F), v); }
+__m128i loadFour(const Nox32s *from) { return _mm_load_si128(reinterpret_cast<const __m128i *>(from)); }
+__m128 firstOf(__m128i pairs) { return _mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(pairs, 16), 16)); }
+__m128 secondOf(__m128i pairs) { return _mm_cvtepi32_ps(_mm_srai_epi32(pairs, 16)); }
+
+/// Adds the four terms of each of four sums one after the other: lane i of `sums` takes the lanes of argument i.
+__m128 addInOrder(__m128 sums, __m128 a, __m128 b, __m128 c, __m128 d) {
+    _MM_TRANSPOSE4_PS(a, b, c, d);
+    return _mm_add_ps(_mm_add_ps(_mm_add_ps(_mm_add_ps(sums, a), b), c), d);
+}
 
 /// The byte of a result: truncated, what lies outside a byte's range moved to its end, 0 for a not-a-number.
 Nox8u byteOf(long double value) {
@@ -64,46 +114,27 @@ Nox8u byteOf(long double value) {
     return value > 0 ? static_cast<Nox8u>(static_cast<int>(value)) : Nox8u{0};
 }
 
-/// The direct neighbours of a pixel that are known.
+/// Where weights are missing: the known direct neighbours. Inside the work area they replace the sum, near its edges
+/// they join it.
 template <int channels>
-struct DirectNeighbours {
-    const Nox8u *known[4];
-    int count = 0;
-
-    DirectNeighbours(const Canvas &canvas, int x, int y) {
-        take(canvas, y > 0, x, y - 1);
-        take(canvas, x > 0, x - 1, y);
-        take(canvas, x < canvas.width - 1, x + 1, y);
-        take(canvas, y < canvas.height - 1, x, y + 1);
-    }
-
-private:
-    void take(const Canvas &canvas, bool exists, int x, int y) {
-        if (exists && canvas.unknown[y][x] == 0)
-            known[count++] = canvas.image[y] + static_cast<std::ptrdiff_t>(x) * channels;
-    }
-};
-
-/// A weighted sum of values. Inside the work area known direct neighbours replace it, near its edges they join it.
-struct Mean {
-    Nox32f sum = 0, weights = 1e-30F;
-
-    template <int channels>
-    static void replaceOrJoin(const DirectNeighbours<channels> &direct, bool inside, int channel, Nox32f &sum) {
-        if (inside) {
-            int values = 0;
-            for (int i = 0; i < direct.count; ++i)
-                values += direct.known[i][channel];
-            sum = static_cast<Nox32f>(255 * values);
-        } else {
-            for (int i = 0; i < direct.count; ++i)
-                sum += static_cast<Nox32f>(direct.known[i][channel]);
-        }
-    }
-    static Nox32f weightOf(int directCount, bool inside) {
-        return static_cast<Nox32f>(inside ? 255 * directCount : directCount);
-    }
-};
+void addDirect(const Canvas &canvas, int x, int y, int channel, bool inside, Nox32f &sum, Nox32f &weights) {
+    int values = 0, known = 0;
+    Nox32f joined = sum;
+    const auto take = [&](bool exists, int nx, int ny) {
+        if (!exists || canvas.unknown[ny][nx] != 0)
+            return;
+        const Nox8u value = canvas.image[ny][static_cast<std::ptrdiff_t>(nx) * channels + channel];
+        values += value;
+        joined += static_cast<Nox32f>(value);
+        ++known;
+    };
+    take(y > 0, x, y - 1);
+    take(x > 0, x - 1, y);
+    take(x < canvas.width - 1, x + 1, y);
+    take(y < canvas.height - 1, x, y + 1);
+    sum = inside ? static_cast<Nox32f>(255 * values) : joined;
+    weights += static_cast<Nox32f>(inside ? 255 * known : known);
+}
 
 /// Method 0: weights by the gradient of the distance, and a correction by the image's gradients.
 template <int channels>
@@ -113,48 +144,59 @@ public:
 
     AlongDistanceGradient(const Canvas &canvas, int x, int y)
         : gx_(canvas.distanceGradient[y][2 * x]), gy_(canvas.distanceGradient[y][2 * x + 1]),
-          distance_(canvas.distance[y][x]) {}
-
-    /// nearness as the function of that name gives it, in the table and near the edges alike.
-    void add(const Sample &s, Nox32f nearness, Nox32f /*squared*/) {
-        constexpr Nox32f least = 2.5e-25F, unit = 1.0F / 4096;
-        Nox32f t = static_cast<Nox32f>(gx_ * s.dx + gy_ * s.dy);
-        if (std::fabs(t) < least)
-            t = least;
-        const Nox32f c = std::fabs(unit / (std::fabs(s.distance - distance_) + 1.0F) * nearness * t);
-        weights_ += c;
-        for (int i = 0; i < channels; ++i) {
-            sum_[i] += static_cast<Nox32f>(s.value[i]) * c;
-            sx_[i] -= static_cast<Nox32f>(s.gradient[2 * i]) * c * static_cast<Nox32f>(s.dx);
-            sy_[i] -= static_cast<Nox32f>(s.gradient[2 * i + 1]) * c * static_cast<Nox32f>(s.dy);
-        }
+          distance_(canvas.distance[y][x]) {
+        std::fill_n(sums_, channels, _mm_setr_ps(0, leastWeight, 0, 0));
     }
-    void finish(const Canvas &canvas, int x, int y, bool inside, Nox8u *out) {
-        if (weights_ < fewWeights) {
-            const DirectNeighbours<channels> direct(canvas, x, y);
-            weights_ += Mean::weightOf(direct.count, inside);
+
+    /// Adds all samples and empties them.
+    void add(Samples<channels> &samples) {
+        const __m128 least = _mm_set1_ps(2.5e-25F), unit = _mm_set1_ps(1.0F / 4096), one = _mm_set1_ps(1);
+        const __m128i towards = _mm_set1_epi32(packPair(gx_, gy_));
+        samples.fillUp();
+        for (int k = 0; k < samples.count; k += 4) {
+            const __m128i way = loadFour(samples.way + k);
+            __m128 t = _mm_cvtepi32_ps(_mm_madd_epi16(way, towards));
+            const __m128 small = _mm_cmplt_ps(absolute(t), least);
+            t = _mm_or_ps(_mm_and_ps(small, least), _mm_andnot_ps(small, t));
+            const __m128 apart = absolute(_mm_sub_ps(_mm_load_ps(samples.distance + k), _mm_set1_ps(distance_)));
+            const __m128 share = _mm_div_ps(unit, _mm_add_ps(apart, one));
+            const __m128 c = absolute(_mm_mul_ps(_mm_mul_ps(share, _mm_load_ps(samples.nearness + k)), t));
+            const __m128 minusX = _mm_sub_ps(_mm_setzero_ps(), firstOf(way));
+            const __m128 minusY = _mm_sub_ps(_mm_setzero_ps(), secondOf(way));
             for (int i = 0; i < channels; ++i) {
-                Mean::replaceOrJoin(direct, inside, i, sum_[i]);
-                sx_[i] = sy_[i] = 0;
+                const __m128i gradient = loadFour(samples.gradient[i] + k);
+                sums_[i] = addInOrder(sums_[i], _mm_mul_ps(_mm_cvtepi32_ps(loadFour(samples.value[i] + k)), c), c,
+                                      _mm_mul_ps(_mm_mul_ps(firstOf(gradient), c), minusX),
+                                      _mm_mul_ps(_mm_mul_ps(secondOf(gradient), c), minusY));
             }
         }
+        samples.count = 0;
+    }
+    void finish(const Canvas &canvas, int x, int y, bool inside, Nox8u *out) const {
         for (int i = 0; i < channels; ++i) {
-            const long double sx = sx_[i], sy = sy_[i];
-            out[i] = byteOf(static_cast<long double>(sum_[i]) / weights_ + 0.5L +
+            alignas(16) Nox32f sums[4]; // of values, weights, and the correction's components
+            _mm_store_ps(sums, sums_[i]);
+            if (sums[1] < fewWeights) {
+                addDirect<channels>(canvas, x, y, i, inside, sums[0], sums[1]);
+                sums[2] = sums[3] = 0;
+            }
+            const long double sx = sums[2], sy = sums[3];
+            out[i] = byteOf(static_cast<long double>(sums[0]) / sums[1] + 0.5L +
                             (sx + sy) / (std::sqrt(sy * sy + sx * sx) + 1e-20L));
         }
     }
 
 private:
     int gx_, gy_;
-    Nox32f distance_, weights_ = 1e-30F;
-    Nox32f sum_[channels] = {}, sx_[channels] = {}, sy_[channels] = {};
+    Nox32f distance_;
+    __m128 sums_[channels];
 };
 
 /// 1 / sqrt(x): the processor's estimate and one step of Newton's method.
-Nox32f reciprocalRoot(Nox32f x) {
-    const Nox32f e = _mm_cvtss_f32(_mm_rsqrt_ss(_mm_set_ss(x)));
-    return e * (x * e * e - 3.0F) * -0.5F;
+__m128 reciprocalRoot(__m128 x) {
+    const __m128 e = _mm_rsqrt_ps(x);
+    const __m128 rest = _mm_sub_ps(_mm_mul_ps(_mm_mul_ps(x, e), e), _mm_set1_ps(3));
+    return _mm_mul_ps(_mm_mul_ps(e, rest), _mm_set1_ps(-0.5F));
 }
 
 /// Method 1: weights by how well the line of equal brightness through the neighbour meets the pixel.
@@ -163,35 +205,49 @@ class AlongIsophote {
 public:
     static constexpr int method = alongIsophote;
 
-    AlongIsophote(const Canvas & /*canvas*/, int /*x*/, int /*y*/) { std::fill_n(weights_, channels, 1e-30F); }
-
-    /// squared: what the gradient's square is multiplied with before the root: 1 with a table whose weights hold the
-    /// distance's part.
-    void add(const Sample &s, Nox32f nearness, Nox32f squared) {
-        for (int i = 0; i < channels; ++i) {
-            const int px = -s.gradient[2 * i + 1], py = s.gradient[2 * i];
-            const int u = std::abs(s.dx * px + s.dy * py);
-            const Nox32f t =
-                u == 0 ? 1e-6F
-                       : static_cast<Nox32f>(u) * reciprocalRoot(squared * static_cast<Nox32f>(px * px + py * py));
-            const Nox32f c = nearness * t;
-            sum_[i] += static_cast<Nox32f>(s.value[i]) * c;
-            weights_[i] += c;
-        }
+    AlongIsophote(const Canvas & /*canvas*/, int /*x*/, int /*y*/) {
+        std::fill_n(sums_, channels, _mm_setr_ps(0, leastWeight, 0, 0));
     }
-    void finish(const Canvas &canvas, int x, int y, bool inside, Nox8u *out) {
-        for (int i = 0; i < channels; ++i) {
-            if (weights_[i] < fewWeights) {
-                const DirectNeighbours<channels> direct(canvas, x, y);
-                weights_[i] += Mean::weightOf(direct.count, inside);
-                Mean::replaceOrJoin(direct, inside, i, sum_[i]);
+
+    /// Adds all samples and empties them.
+    void add(Samples<channels> &samples) {
+        const __m128i lowHalves = _mm_set1_epi32(0xffff), zero = _mm_setzero_si128();
+        const __m128 across = _mm_set1_ps(1e-6F);
+        samples.fillUp();
+        for (int k = 0; k < samples.count; k += 4) {
+            const __m128i way = loadFour(samples.way + k);
+            // (dy, -dx): its product with the gradient is that of the way with the gradient turned.
+            const __m128i minusX = _mm_and_si128(_mm_sub_epi16(zero, way), lowHalves);
+            const __m128i turned = _mm_or_si128(_mm_srli_epi32(way, 16), _mm_slli_epi32(minusX, 16));
+            const __m128 nearness = _mm_load_ps(samples.nearness + k), squared = _mm_load_ps(samples.squared + k);
+            for (int i = 0; i < channels; ++i) {
+                const __m128i gradient = loadFour(samples.gradient[i] + k);
+                const __m128 u = absolute(_mm_cvtepi32_ps(_mm_madd_epi16(gradient, turned)));
+                const __m128 square = _mm_cvtepi32_ps(_mm_madd_epi16(gradient, gradient));
+                const __m128 none = _mm_cmpeq_ps(u, _mm_setzero_ps());
+                const __m128 along = _mm_mul_ps(u, reciprocalRoot(_mm_mul_ps(squared, square)));
+                const __m128 t = _mm_or_ps(_mm_and_ps(none, across), _mm_andnot_ps(none, along));
+                const __m128 c = _mm_mul_ps(nearness, t);
+                const __m128 product = _mm_mul_ps(_mm_cvtepi32_ps(loadFour(samples.value[i] + k)), c);
+                const __m128 low = _mm_unpacklo_ps(product, c), high = _mm_unpackhi_ps(product, c);
+                sums_[i] = _mm_add_ps(_mm_add_ps(sums_[i], low), _mm_movehl_ps(low, low));
+                sums_[i] = _mm_add_ps(_mm_add_ps(sums_[i], high), _mm_movehl_ps(high, high));
             }
-            out[i] = byteOf(static_cast<long double>(sum_[i]) / weights_[i] + 0.5L);
+        }
+        samples.count = 0;
+    }
+    void finish(const Canvas &canvas, int x, int y, bool inside, Nox8u *out) const {
+        for (int i = 0; i < channels; ++i) {
+            alignas(16) Nox32f sums[4]; // of values and weights; the others mean nothing
+            _mm_store_ps(sums, sums_[i]);
+            if (sums[1] < fewWeights)
+                addDirect<channels>(canvas, x, y, i, inside, sums[0], sums[1]);
+            out[i] = byteOf(static_cast<long double>(sums[0]) / sums[1] + 0.5L);
         }
     }
 
 private:
-    Nox32f sum_[channels] = {}, weights_[channels];
+    __m128 sums_[channels];
 };
 
 /// Adds all neighbours of a pixel whose disc lies inside the work area.
@@ -200,17 +256,30 @@ void addTable(const Canvas &canvas, const NoxiInpaintState &state, int x, int y,
     const Nox8u *unknown = canvas.unknown[y] + x, *value = canvas.image[y] + static_cast<std::ptrdiff_t>(x) * channels;
     const Nox32f *distance = canvas.distance[y] + x;
     const Nox16s *gradient = canvas.gradient[y] + static_cast<std::ptrdiff_t>(x) * 2 * channels;
-    const auto *neighbour = static_cast<const InpaintNeighbour *>(state.neighbours);
-    for (const auto *end = neighbour + state.neighbourCount; neighbour < end; ++neighbour)
-        if (unknown[neighbour->maskOffset] == 0)
-            sums.add({neighbour->dx, neighbour->dy, value + neighbour->dstOffset, gradient + neighbour->gradientOffset,
-                      distance[neighbour->distanceOffset]},
-                     neighbour->weight, 1);
+    const auto *table = static_cast<const InpaintNeighbour *>(state.neighbours);
+    Samples<channels> samples;
+    for (int first = 0; first < state.neighbourCount; first += samples.capacity, table += samples.capacity) {
+        // The known ones are listed without branches, which could not be foreseen.
+        Nox8u known[Samples<channels>::capacity];
+        const int records = std::min(state.neighbourCount - first, samples.capacity);
+        int count = 0;
+        for (int i = 0; i < records; ++i) {
+            known[count] = static_cast<Nox8u>(i);
+            count += unknown[table[i].maskOffset] == 0 ? 1 : 0;
+        }
+        for (int i = 0; i < count; ++i) {
+            const InpaintNeighbour &n = table[known[i]];
+            samples.push(n.dx, n.dy, n.weight, 1, distance[n.distanceOffset], value + n.dstOffset,
+                         gradient + n.gradientOffset);
+        }
+        sums.add(samples);
+    }
 }
 
 /// Adds the neighbours inside the work area of a pixel near its edges.
 template <int channels, class Sums>
 void addClipped(const Canvas &canvas, int r, int x, int y, Sums &sums) {
+    Samples<channels> samples;
     const int top = std::max(y - r, 0), bottom = std::min(y + r, canvas.height - 1);
     const int left = std::max(x - r, 0), right = std::min(x + r, canvas.width - 1);
     for (int ny = top; ny <= bottom; ++ny)
@@ -222,8 +291,12 @@ void addClipped(const Canvas &canvas, int r, int x, int y, Sums &sums) {
             // Method 1 has the distance itself under the root.
             const Nox32f near = Sums::method == alongIsophote ? 1.0F / (d2 * d2 + 1.0F) : nearness(Sums::method, d2);
             const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(nx) * channels;
-            sums.add({dx, dy, canvas.image[ny] + at, canvas.gradient[ny] + 2 * at, canvas.distance[ny][nx]}, near, d2);
+            samples.push(dx, dy, near, d2, canvas.distance[ny][nx], canvas.image[ny] + at,
+                         canvas.gradient[ny] + 2 * at);
+            if (samples.full())
+                sums.add(samples);
         }
+    sums.add(samples);
 }
 
 /// Fills the pixels in their order.
