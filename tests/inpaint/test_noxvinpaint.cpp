@@ -203,15 +203,17 @@ TEST(Inpaint, MapThatDisagrees) {
         [&](int, int, float) { return random() % 2 == 0 ? FLT_MAX : 1e-42F; },
         [&](int, int, float d) { return random() % 3 == 0 ? float(random() % 1000) * 0.01F : d; },
     };
-    for (const Members &m : members)
-        for (const auto &change : changes)
-            for (const int kind : {0, 2, 3})
-                for (const int method : {0, 1}) {
-                    const Image<Nox8u> mask = holes({23, 17}, kind, random);
-                    Image<Nox32f> map = mapOf(mask);
-                    map.generate([&](int x, int y, int) { return change(x, y, map.at(x, y)); });
+    for (const int kind : {0, 2, 3}) {
+        const Image<Nox8u> mask = holes({23, 17}, kind, random);
+        const Image<Nox32f> agreeing = mapOf(mask);
+        for (const auto &change : changes) {
+            Image<Nox32f> map(agreeing);
+            map.generate([&](int x, int y, int) { return change(x, y, map.at(x, y)); });
+            for (const Members &m : members)
+                for (const int method : {0, 1})
                     expectAsReference(m, map, mask, 2.5F, method, kind, random);
-                }
+        }
+    }
 }
 
 /// Infinite distances: nothing outside the hole changes, and the call ends.

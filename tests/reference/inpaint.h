@@ -55,6 +55,11 @@ class Inpainter {
 public:
     Inpainter(const Plane<float> &map, const Plane<Nox8u> &mask, float radius, int method)
         : radius_(radius), r_(int(radius)), method_(method) {
+        for (int i = 0; i <= 2 * r_ * r_; ++i) {
+            const float d2 = float(i), d = std::sqrt(d2);
+            nearness_[0].push_back(method == 0 ? 1.0F / (d2 * d) : 1.0F / ((d2 * d2 + 1.0F) * d));
+            nearness_[1].push_back(method == 0 ? 1.0F / (d2 * d) : 1.0F / (d2 * d2 + 1.0F));
+        }
         int left = mask.width, right = -1, top = mask.height, bottom = -1, count = 0;
         for (int y = 0; y < mask.height; ++y)
             for (int x = 0; x < mask.width; ++x)
@@ -91,8 +96,7 @@ public:
                     work_.at(x, y, c) = image.at(workX_ + x, workY_ + y, c);
         prepare();
         for (const Entry &e : order_) {
-            for (int c = 0; c < channels_; ++c)
-                value_[c] = method_ == 0 ? alongDistance(e.x, e.y, c) : alongIsophote(e.x, e.y, c);
+            method_ == 0 ? alongDistance(e.x, e.y) : alongIsophote(e.x, e.y);
             for (int c = 0; c < channels_; ++c)
                 work_.at(e.x, e.y, c) = image.at(workX_ + e.x, workY_ + e.y, c) = value_[c];
             unknown_.at(e.x, e.y) = 0;
@@ -112,7 +116,7 @@ private:
     };
     struct Neighbour {
         int x, y, dx, dy;
-        float d2, d;
+        float d2, nearness;
     };
 
     void prepare() {
@@ -141,17 +145,17 @@ private:
     bool known(int x, int y) const {
         return x >= 0 && y >= 0 && x < holes_.width && y < holes_.height && unknown_.at(x, y) == 0;
     }
-    /// Known neighbours, row by row.
-    std::vector<Neighbour> neighbours(int x, int y) const {
-        std::vector<Neighbour> list;
+    /// Calls visit with all known neighbours, row by row.
+    template <class Visit>
+    void eachKnown(int x, int y, Visit visit) const {
+        const bool in = inside(x, y);
+        const float limit = in ? radius_ * radius_ : float(r_ * r_);
         for (int oy = -r_; oy <= r_; ++oy)
             for (int ox = -r_; ox <= r_; ++ox) {
-                const float d2 = float(ox * ox + oy * oy);
-                const bool near = inside(x, y) ? d2 <= radius_ * radius_ : ox * ox + oy * oy <= r_ * r_;
-                if ((ox != 0 || oy != 0) && near && known(x + ox, y + oy))
-                    list.push_back({x + ox, y + oy, -ox, -oy, d2, std::sqrt(d2)});
+                const int d2 = ox * ox + oy * oy;
+                if (d2 != 0 && float(d2) <= limit && known(x + ox, y + oy))
+                    visit(Neighbour{x + ox, y + oy, -ox, -oy, float(d2), nearness_[in ? 0 : 1][std::size_t(d2)]});
             }
-        return list;
     }
     /// The direct neighbours' part, where weights are missing.
     void fallBack(int x, int y, int c, float &sum, float &weights) const {
@@ -170,52 +174,58 @@ private:
         weights += float(in ? 255 * count : count);
     }
 
-    Nox8u alongDistance(int x, int y, int c) const {
-        float weights = 1e-30F, sum = 0, sx = 0, sy = 0;
-        for (const Neighbour &n : neighbours(x, y)) {
+    void alongDistance(int x, int y) {
+        float weights = 1e-30F, sum[3] = {}, sx[3] = {}, sy[3] = {};
+        eachKnown(x, y, [&](const Neighbour &n) {
             float t = float(distanceGradient_.at(x, y, 0) * n.dx + distanceGradient_.at(x, y, 1) * n.dy);
             if (std::fabs(t) < 2.5e-25F)
                 t = 2.5e-25F;
-            const float share = std::ldexp(1.0F, -12) / (std::fabs(map_.at(n.x, n.y) - map_.at(x, y)) + 1.0F);
-            const float weight = std::fabs(share * (1.0F / (n.d2 * n.d)) * t);
-            sum += float(work_.at(n.x, n.y, c)) * weight;
+            const float share = (1.0F / 4096) / (std::fabs(map_.at(n.x, n.y) - map_.at(x, y)) + 1.0F);
+            const float weight = std::fabs(share * n.nearness * t);
             weights += weight;
-            sx -= float(gradient_.at(n.x, n.y, 2 * c)) * weight * float(n.dx);
-            sy -= float(gradient_.at(n.x, n.y, 2 * c + 1)) * weight * float(n.dy);
+            for (int c = 0; c < channels_; ++c) {
+                sum[c] += float(work_.at(n.x, n.y, c)) * weight;
+                sx[c] -= float(gradient_.at(n.x, n.y, 2 * c)) * weight * float(n.dx);
+                sy[c] -= float(gradient_.at(n.x, n.y, 2 * c + 1)) * weight * float(n.dy);
+            }
+        });
+        for (int c = 0; c < channels_; ++c) {
+            float all = weights;
+            if (all < 0.0001F) {
+                fallBack(x, y, c, sum[c], all);
+                sx[c] = sy[c] = 0;
+            }
+            const long double lx = sx[c], ly = sy[c];
+            const long double value =
+                (long double)(sum[c]) / all + 0.5L + (lx + ly) / (std::sqrt(ly * ly + lx * lx) + 1e-20L);
+            value_[c] = value > 0 ? Nox8u(int(std::min(value, 255.0L))) : Nox8u(0);
         }
-        if (weights < 0.0001F) {
-            fallBack(x, y, c, sum, weights);
-            sx = sy = 0;
-        }
-        const long double lx = sx, ly = sy;
-        const long double value =
-            (long double)(sum) / weights + 0.5L + (lx + ly) / (std::sqrt(ly * ly + lx * lx) + 1e-20L);
-        if (!(value > 0))
-            return 0;
-        return Nox8u(std::min(255, int(std::min(value, 1000.0L))));
     }
 
-    Nox8u alongIsophote(int x, int y, int c) const {
-        float weights = 1e-30F, sum = 0;
-        for (const Neighbour &n : neighbours(x, y)) {
-            const int g0 = gradient_.at(n.x, n.y, 2 * c), g1 = gradient_.at(n.x, n.y, 2 * c + 1);
-            const int u = std::abs(n.dx * -g1 + n.dy * g0);
-            const float square = float(g0 * g0 + g1 * g1), near = n.d2 * n.d2 + 1.0F;
-            float weight = 0;
-            if (inside(x, y))
-                weight = 1.0F / (near * n.d) * (u == 0 ? 1e-6F : float(u) * fastReciprocalRoot(square));
-            else
-                weight = (u == 0 ? 1e-6F : float(u) * fastReciprocalRoot(n.d2 * square)) * (1.0F / near);
-            sum += float(work_.at(n.x, n.y, c)) * weight;
-            weights += weight;
+    void alongIsophote(int x, int y) {
+        const bool in = inside(x, y);
+        float weights[3] = {1e-30F, 1e-30F, 1e-30F}, sum[3] = {};
+        eachKnown(x, y, [&](const Neighbour &n) {
+            for (int c = 0; c < channels_; ++c) {
+                const int g0 = gradient_.at(n.x, n.y, 2 * c), g1 = gradient_.at(n.x, n.y, 2 * c + 1);
+                const int u = std::abs(n.dx * -g1 + n.dy * g0);
+                const float square = float(g0 * g0 + g1 * g1);
+                const float t = u == 0 ? 1e-6F : float(u) * fastReciprocalRoot(in ? square : n.d2 * square);
+                const float weight = n.nearness * t;
+                sum[c] += float(work_.at(n.x, n.y, c)) * weight;
+                weights[c] += weight;
+            }
+        });
+        for (int c = 0; c < channels_; ++c) {
+            if (weights[c] < 0.0001F)
+                fallBack(x, y, c, sum[c], weights[c]);
+            value_[c] = Nox8u(int((long double)(sum[c]) / weights[c] + 0.5L));
         }
-        if (weights < 0.0001F)
-            fallBack(x, y, c, sum, weights);
-        return Nox8u(int((long double)(sum) / weights + 0.5L));
     }
 
     float radius_;
     int r_, method_, channels_ = 1, workX_ = 0, workY_ = 0;
+    std::vector<float> nearness_[2]; ///< by squared distance: inside, and near the edges of the work area
     std::vector<Entry> order_;
     Plane<Nox8u> holes_, unknown_, work_;
     Plane<float> map_;
