@@ -29,19 +29,24 @@ struct Plane {
     T *data() { return pixels.data(); }
 };
 
-/// The maximum over cells from -before to after in both directions, or over a cross; then without the holes.
+/// The maximum over positions from -before to after along one axis; what lies outside is the nearest pixel.
+inline Plane<Nox8u> widen(const Plane<Nox8u> &image, int before, int after, bool alongX) {
+    Plane<Nox8u> result(image.width, image.height);
+    for (int y = 0; y < image.height; ++y)
+        for (int x = 0; x < image.width; ++x)
+            for (int i = -before; i <= after; ++i)
+                result.at(x, y) =
+                    std::max(result.at(x, y), alongX ? image.at(std::clamp(x + i, 0, image.width - 1), y)
+                                                     : image.at(x, std::clamp(y + i, 0, image.height - 1)));
+    return result;
+}
+
+/// The pixels about the holes: those of a square, or the four direct neighbours.
 inline Plane<Nox8u> ring(const Plane<Nox8u> &holes, int before, int after, bool crossOnly) {
-    Plane<Nox8u> result(holes.width, holes.height);
-    for (int y = 0; y < holes.height; ++y)
-        for (int x = 0; x < holes.width; ++x) {
-            int best = 0;
-            for (int dy = -before; dy <= after; ++dy)
-                for (int dx = -before; dx <= after; ++dx)
-                    if (!crossOnly || dx == 0 || dy == 0)
-                        best = std::max<int>(best, holes.at(std::clamp(x + dx, 0, holes.width - 1),
-                                                            std::clamp(y + dy, 0, holes.height - 1)));
-            result.at(x, y) = Nox8u(best - holes.at(x, y));
-        }
+    const Plane<Nox8u> across = widen(holes, before, after, true);
+    Plane<Nox8u> result = widen(crossOnly ? holes : across, before, after, false);
+    for (std::size_t i = 0; i < result.pixels.size(); ++i)
+        result.pixels[i] = Nox8u(std::max(result.pixels[i], across.pixels[i]) - holes.pixels[i]);
     return result;
 }
 

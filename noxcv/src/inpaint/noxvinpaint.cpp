@@ -54,7 +54,11 @@ struct Canvas {
 Nox32s packPair(int x, int y) {
     return static_cast<Nox32s>((static_cast<unsigned>(x) & 0xffffU) | static_cast<unsigned>(y) << 16);
 }
-Nox32s pairAt(const Nox16s *pair) { return packPair(pair[0], pair[1]); }
+Nox32s pairAt(const Nox16s *pair) {
+    Nox32s both = 0;
+    std::memcpy(&both, pair, sizeof(both));
+    return both;
+}
 
 /// Known neighbours of a pixel, field by field, for vectors of four. What fills up the last vector has no weight.
 template <int channels>
