@@ -11,6 +11,7 @@
 #include "noxcv/edges.h"
 #include "noxcv/filter.h"
 #include "noxcv/frame.h"
+#include "noxcv/inpaint.h"
 #include "noxcv/morphology.h"
 #include "noxcv/motion.h"
 #include "noxcv/opticalflow.h"
