@@ -7,6 +7,7 @@
 
 #include "noxcore.h"
 #include "noxcv/accumulate.h"
+#include "noxcv/detection.h"
 #include "noxcv/edges.h"
 #include "noxcv/filter.h"
 #include "noxcv/frame.h"
