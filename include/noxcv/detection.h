@@ -146,6 +146,125 @@ NOX_API NoxStatus noxiTiltedRectStdDev_32s_C1RSfs(const Nox32s *src, int srcStep
                                                   int scaleFactor);
 /** @} */
 
+/** A stage of weak classifiers with single-precision numbers. */
+typedef struct NoxiHaarClassifier_32f NoxiHaarClassifier_32f;
+/** A stage of weak classifiers with 32-bit integers. */
+typedef struct NoxiHaarClassifier_32s NoxiHaarClassifier_32s;
+
+/**
+ * @name Stages of weak classifiers: creation
+ * A stage of a cascade (P. Viola, M. Jones, "Rapid object detection using a boosted cascade of simple features", 2001).
+ * Each classifier is a weighted sum of rectangle sums. Classifier i has counts[i] features; features and weights hold
+ * one element a feature, classifier after classifier.
+ *
+ * The plain members put classifiers of two features first, those of three next and all others behind them, each group
+ * in the order of the input. Float sums depend on that order. The tilted members keep the input's order and take (x, y,
+ * width, height) as a rectangle turned by 45 degrees about its top corner (x, y): its right corner is (x + width, y +
+ * width), its left one (x - height, y + height).
+ *
+ * A stage lives until it is freed. length may be 0.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize (length below 0, a count below 1), noxStsNoMemory,
+ * noxStsBadArgument for a rectangle with x or y below 0, width or height below 1 or, in the tilted members, x + 1 below
+ * height: then, and only then, a null is stored through state.
+ * @{
+ */
+/** Creates a stage of single-precision numbers. */
+NOX_API NoxStatus noxiHaarClassifierInitAlloc_32f(NoxiHaarClassifier_32f **state, const NoxiRect *features,
+                                                  const Nox32f *weights, const Nox32f *thresholds,
+                                                  const Nox32f *lowValues, const Nox32f *highValues,
+                                                  const Nox32s *counts, int length);
+/** Creates a stage of 32-bit integers. */
+NOX_API NoxStatus noxiHaarClassifierInitAlloc_32s(NoxiHaarClassifier_32s **state, const NoxiRect *features,
+                                                  const Nox32s *weights, const Nox32s *thresholds,
+                                                  const Nox32s *lowValues, const Nox32s *highValues,
+                                                  const Nox32s *counts, int length);
+/** Creates a stage of single-precision numbers whose rectangles are turned. */
+NOX_API NoxStatus noxiTiltedHaarClassifierInitAlloc_32f(NoxiHaarClassifier_32f **state, const NoxiRect *features,
+                                                        const Nox32f *weights, const Nox32f *thresholds,
+                                                        const Nox32f *lowValues, const Nox32f *highValues,
+                                                        const Nox32s *counts, int length);
+/** Creates a stage of 32-bit integers whose rectangles are turned. */
+NOX_API NoxStatus noxiTiltedHaarClassifierInitAlloc_32s(NoxiHaarClassifier_32s **state, const NoxiRect *features,
+                                                        const Nox32s *weights, const Nox32s *thresholds,
+                                                        const Nox32s *lowValues, const Nox32s *highValues,
+                                                        const Nox32s *counts, int length);
+/** @} */
+
+/**
+ * @name Stages of weak classifiers: care
+ * Status: noxStsNullPointer; of the turning members also noxStsBadArgument for a stage that was turned before or
+ * created turned.
+ * @{
+ */
+/** Frees a stage of single-precision numbers. */
+NOX_API NoxStatus noxiHaarClassifierFree_32f(NoxiHaarClassifier_32f *state);
+/** Frees a stage of 32-bit integers. */
+NOX_API NoxStatus noxiHaarClassifierFree_32s(NoxiHaarClassifier_32s *state);
+/** Tells the largest right and bottom coordinates of the features' corners; (0, 0) without features. */
+NOX_API NoxStatus noxiGetHaarClassifierSize_32f(const NoxiHaarClassifier_32f *state, NoxiSize *size);
+/** Tells the largest right and bottom coordinates of the features' corners; (0, 0) without features. */
+NOX_API NoxStatus noxiGetHaarClassifierSize_32s(const NoxiHaarClassifier_32s *state, NoxiSize *size);
+/**
+ * Turns by 45 degrees, once, the rectangles of the classifiers whose byte in tiltMask (indexed as at creation) is not
+ * zero: about the top left corner when tiltFlag is not zero, and about the bottom left corner, the other way, when it
+ * is.
+ */
+NOX_API NoxStatus noxiTiltHaarFeatures_32f(const Nox8u *tiltMask, int tiltFlag, NoxiHaarClassifier_32f *state);
+/** The same for a stage of 32-bit integers. */
+NOX_API NoxStatus noxiTiltHaarFeatures_32s(const Nox8u *tiltMask, int tiltFlag, NoxiHaarClassifier_32s *state);
+/** @} */
+
+/**
+ * @name Stages of weak classifiers: application
+ * At each position (x, y) of roi whose mask byte is not zero: for each classifier t is the sum over its features of
+ * weight * (br - bl - tr + tl), the table's elements at the corners moved by (x, y). Where t is below the classifier's
+ * threshold times norm(x, y), lowValue is added to the stage sum, and highValue elsewhere. A position passes when the
+ * sum is at least threshold; else its mask byte becomes 0. positive gets the number of positions that passed. Positions
+ * whose mask byte is zero are not looked at.
+ *
+ * The mixed members read turned classifiers from a second table, tilt, moved by (x + 1, y + 1): a tilted integral
+ * image.
+ * - 32f: all in single precision, but for threshold * norm, which is not rounded. In the plain member features of pairs
+ *   and triples are added as (second + third) + first, in all others in their order.
+ * - 32s32f: rectangle sums are 32-bit integers that wrap; the rest as in 32f, in the order of the features.
+ * - 32s: 32-bit integers that wrap. In the mixed member t is a 64-bit sum of 32-bit products, shifted left by
+ *   -scaleFactor (64 and more leave 0) and compared with a 64-bit product.
+ *
+ * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep (below roi.width elements), noxStsOddStep,
+ * noxStsBadArgument (scaleFactor above 0). A stage is only read. The plain 32f member goes parallel from 2048 positions
+ * on, with a thread for each 1024; the others stay on the calling thread.
+ * @{
+ */
+/** Applies a stage to a single-precision table. */
+NOX_API NoxStatus noxiApplyHaarClassifier_32f_C1R(const Nox32f *src, int srcStep, const Nox32f *norm, int normStep,
+                                                  Nox8u *mask, int maskStep, NoxiSize roi, int *positive,
+                                                  Nox32f threshold, const NoxiHaarClassifier_32f *state);
+/** Applies a stage to a table of 32-bit integers. */
+NOX_API NoxStatus noxiApplyHaarClassifier_32s32f_C1R(const Nox32s *src, int srcStep, const Nox32f *norm, int normStep,
+                                                     Nox8u *mask, int maskStep, NoxiSize roi, int *positive,
+                                                     Nox32f threshold, const NoxiHaarClassifier_32f *state);
+/** Applies a stage of 32-bit integers; nothing is scaled. */
+NOX_API NoxStatus noxiApplyHaarClassifier_32s_C1RSfs(const Nox32s *src, int srcStep, const Nox32s *norm, int normStep,
+                                                     Nox8u *mask, int maskStep, NoxiSize roi, int *positive,
+                                                     Nox32s threshold, const NoxiHaarClassifier_32s *state);
+/** Applies a stage to an upright and a tilted single-precision table. */
+NOX_API NoxStatus noxiApplyMixedHaarClassifier_32f_C1R(const Nox32f *src, int srcStep, const Nox32f *tilt, int tiltStep,
+                                                       const Nox32f *norm, int normStep, Nox8u *mask, int maskStep,
+                                                       NoxiSize roi, int *positive, Nox32f threshold,
+                                                       const NoxiHaarClassifier_32f *state);
+/** Applies a stage to an upright and a tilted table of 32-bit integers. */
+NOX_API NoxStatus noxiApplyMixedHaarClassifier_32s32f_C1R(const Nox32s *src, int srcStep, const Nox32s *tilt,
+                                                          int tiltStep, const Nox32f *norm, int normStep, Nox8u *mask,
+                                                          int maskStep, NoxiSize roi, int *positive, Nox32f threshold,
+                                                          const NoxiHaarClassifier_32f *state);
+/** Applies a stage of 32-bit integers to two tables, with feature sums shifted left. */
+NOX_API NoxStatus noxiApplyMixedHaarClassifier_32s_C1RSfs(const Nox32s *src, int srcStep, const Nox32s *tilt,
+                                                          int tiltStep, const Nox32s *norm, int normStep, Nox8u *mask,
+                                                          int maskStep, NoxiSize roi, int *positive, Nox32s threshold,
+                                                          const NoxiHaarClassifier_32s *state, int scaleFactor);
+/** @} */
+
 NOX_END_DECLS
 
 #endif
