@@ -7,10 +7,12 @@
 
 #include "noxcore.h"
 #include "noxcv/accumulate.h"
+#include "noxcv/corners.h"
 #include "noxcv/detection.h"
 #include "noxcv/edges.h"
 #include "noxcv/filter.h"
 #include "noxcv/frame.h"
+#include "noxcv/lines.h"
 #include "noxcv/opticalflow.h"
 #include "noxcv/primitives.h"
 #include "noxcv/pyramid.h"
