@@ -1,0 +1,171 @@
+// A stage of weak classifiers at every position that is left.
+#include <algorithm>
+#include <cstdint>
+#include <type_traits>
+
+#include "checks.h"
+#include "frame/owncvomp.h"
+#include "noxvhaar.h"
+#include "rows.h"
+#include "tiers.h"
+
+using namespace nox;
+
+namespace nox {
+namespace {
+
+/// How a member counts.
+enum class Arithmetic {
+    GroupedFloat, ///< single precision; pairs and triples of features have an order of their own
+    Float,        ///< single precision in the order of the features
+    Wrapped,      ///< 32-bit integers that wrap
+    Shifted,      ///< 32-bit products, summed and shifted in 64 bits
+};
+constexpr bool isFloat(Arithmetic a) { return a == Arithmetic::GroupedFloat || a == Arithmetic::Float; }
+
+template <Arithmetic arithmetic>
+using HaarState = std::conditional_t<isFloat(arithmetic), NoxiHaarClassifier_32f, NoxiHaarClassifier_32s>;
+
+/// A table as the features of one row of positions see it. Coordinates may be anything, so they wrap.
+template <class Table>
+struct HaarTable {
+    const Element<Table> *row;
+    std::size_t pitch; ///< in elements
+
+    NOX_INLINE const Element<Table> *at(Nox32s x, Nox32s y) const {
+        const std::size_t elements = static_cast<std::size_t>(y) * pitch + static_cast<std::size_t>(x);
+        return reinterpret_cast<const Element<Table> *>(reinterpret_cast<std::size_t>(row) + elements * sizeof(Table));
+    }
+};
+
+/// One row of positions.
+template <class Table, class Number>
+struct HaarRow {
+    HaarTable<Table> upright, tilted;
+    const Element<Number> *norm;
+    bool mixed; ///< turned classifiers read the tilted table
+};
+
+} // namespace
+} // namespace nox
+
+// Vectors of 64-bit numbers are wider than a register; no function that is called takes or gives one.
+#pragma GCC diagnostic ignored "-Wpsabi"
+#define NOX_KERNELS "detection/noxvhaarapplykernels.inc"
+#include "frame/noxveachtier.h"
+
+namespace {
+
+/// The arguments that the members share; tilt is null in the plain ones.
+template <class Table, class Number>
+struct Arguments {
+    const Table *src;
+    int srcStep;
+    const Table *tilt;
+    int tiltStep;
+    const Number *norm;
+    int normStep;
+    Nox8u *mask;
+    int maskStep;
+    NoxiSize roi;
+    int *positive;
+    Number threshold;
+};
+
+template <class Table, class Number, class State>
+NoxStatus checkApply(const Arguments<Table, Number> &a, bool mixed, const State *state) {
+    return firstFailure(checkPointers(a.src, a.norm, a.mask, a.positive, state),
+                        mixed ? checkPointers(a.tilt) : noxStsNoError, checkSize(a.roi),
+                        checkStep<Table>(a.srcStep, a.roi.width),
+                        mixed ? checkStep<Table>(a.tiltStep, a.roi.width) : noxStsNoError,
+                        checkStep<Number>(a.normStep, a.roi.width), checkStep<Nox8u>(a.maskStep, a.roi.width),
+                        checkEvenSteps<Table>(a.srcStep, a.normStep, mixed ? a.tiltStep : 0));
+}
+
+/// Row y of the positions. A tilted table has one column before the first position, and one row more above it.
+template <class Table, class Number>
+HaarRow<Table, Number> rowAt(const Arguments<Table, Number> &a, int y) {
+    const Rows<const Table> src{a.src, a.srcStep}, tilt{a.tilt, a.tiltStep};
+    const Rows<const Number> norm{a.norm, a.normStep};
+    const std::size_t pitch = static_cast<std::size_t>(a.srcStep) / sizeof(Table);
+    const HaarTable<Table> upright = {src[y], pitch};
+    if (a.tilt == nullptr)
+        return {upright, upright, norm[y], false};
+    const std::size_t tiltPitch = static_cast<std::size_t>(a.tiltStep) / sizeof(Table);
+    return {upright, {tilt[y + 1] + 1, tiltPitch}, norm[y], true};
+}
+
+template <Arithmetic arithmetic, class Table, class Number>
+int passedOfRows(const Arguments<Table, Number> &a, const HaarState<arithmetic> &stage, int shift, const Slice &slice) {
+    const Rows<Nox8u> mask{a.mask, a.maskStep};
+    int passed = 0;
+    for (int y = slice.first; y < slice.first + slice.count; ++y) {
+        const HaarRow<Table, Number> row = rowAt(a, y);
+        passed += NOX_ON_TIER(passedOfRow<arithmetic, Table>(row, mask[y], a.roi.width, a.threshold, stage, shift));
+    }
+    return passed;
+}
+
+constexpr int mostSlices = 32;
+
+/// A thread for each 1024 positions, as many as there are; the area is a product of 32 bits.
+int slicesOf(NoxiSize roi) {
+    const int product = static_cast<int>(static_cast<unsigned>(roi.width) * static_cast<unsigned>(roi.height));
+    return std::clamp(std::min(owncvGetMaxNumThreads(), product >> 10), 1, mostSlices);
+}
+
+template <Arithmetic arithmetic, class Table, class Number>
+void applyStage(const Arguments<Table, Number> &a, const HaarState<arithmetic> &stage, int slices, int shift) {
+    int passed[mostSlices];
+    parallelSlices(a.roi.height, slices,
+                   [&](const Slice &slice) { passed[slice.index] = passedOfRows<arithmetic>(a, stage, shift, slice); });
+    int total = 0;
+    for (int i = 0; i < slices; ++i)
+        total += passed[i];
+    *a.positive = total;
+}
+
+} // namespace
+
+// One line per member. Only the plain one on float tables goes parallel.
+#define NOX_HAARAPPLY(FUNCTION, TABLE, NUMBER, ARITHMETIC, STATE, SLICES)                                              \
+    NoxStatus FUNCTION(const TABLE *src, int srcStep, const NUMBER *norm, int normStep, Nox8u *mask, int maskStep,     \
+                       NoxiSize roi, int *positive, NUMBER threshold, const STATE *state) {                            \
+        const Arguments<TABLE, NUMBER> a = {src,  srcStep,  nullptr, 0,        norm,     normStep,                     \
+                                            mask, maskStep, roi,     positive, threshold};                             \
+        const NoxStatus status = checkApply(a, false, state);                                                          \
+        if (status == noxStsNoError)                                                                                   \
+            applyStage<ARITHMETIC>(a, *state, SLICES, 0);                                                              \
+        return status;                                                                                                 \
+    }
+#define NOX_HAARMIXED(FUNCTION, TABLE, STATE)                                                                          \
+    NoxStatus FUNCTION(const TABLE *src, int srcStep, const TABLE *tilt, int tiltStep, const Nox32f *norm,             \
+                       int normStep, Nox8u *mask, int maskStep, NoxiSize roi, int *positive, Nox32f threshold,         \
+                       const STATE *state) {                                                                           \
+        const Arguments<TABLE, Nox32f> a = {src,  srcStep,  tilt, tiltStep, norm,     normStep,                        \
+                                            mask, maskStep, roi,  positive, threshold};                                \
+        const NoxStatus status = checkApply(a, true, state);                                                           \
+        if (status == noxStsNoError)                                                                                   \
+            applyStage<Arithmetic::Float>(a, *state, 1, 0);                                                            \
+        return status;                                                                                                 \
+    }
+
+NOX_HAARAPPLY(noxiApplyHaarClassifier_32f_C1R, Nox32f, Nox32f, Arithmetic::GroupedFloat, NoxiHaarClassifier_32f,
+              slicesOf(roi))
+NOX_HAARAPPLY(noxiApplyHaarClassifier_32s32f_C1R, Nox32s, Nox32f, Arithmetic::Float, NoxiHaarClassifier_32f, 1)
+NOX_HAARAPPLY(noxiApplyHaarClassifier_32s_C1RSfs, Nox32s, Nox32s, Arithmetic::Wrapped, NoxiHaarClassifier_32s, 1)
+NOX_HAARMIXED(noxiApplyMixedHaarClassifier_32f_C1R, Nox32f, NoxiHaarClassifier_32f)
+NOX_HAARMIXED(noxiApplyMixedHaarClassifier_32s32f_C1R, Nox32s, NoxiHaarClassifier_32f)
+
+NoxStatus noxiApplyMixedHaarClassifier_32s_C1RSfs(const Nox32s *src, int srcStep, const Nox32s *tilt, int tiltStep,
+                                                  const Nox32s *norm, int normStep, Nox8u *mask, int maskStep,
+                                                  NoxiSize roi, int *positive, Nox32s threshold,
+                                                  const NoxiHaarClassifier_32s *state, int scaleFactor) {
+    const Arguments<Nox32s, Nox32s> a = {src,  srcStep,  tilt, tiltStep, norm,     normStep,
+                                         mask, maskStep, roi,  positive, threshold};
+    const NoxStatus status = firstFailure(checkApply(a, true, state), require(scaleFactor <= 0, noxStsBadArgument));
+    if (status == noxStsNoError)
+        applyStage<Arithmetic::Shifted>(a, *state, 1,
+                                        static_cast<int>(std::min(-static_cast<long long>(scaleFactor), 64LL)));
+    return status;
+}
