@@ -1,8 +1,12 @@
 // Object detection: integral images, deviations, and stages of weak classifiers.
+#include <cstdlib>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "bench.h"
 #include "noxcv.h"
+#include "reference/haar.h"
 #include "reference/integral.h"
 
 namespace {
@@ -117,6 +121,103 @@ void addDeviation(const char *name, Entry entry, bool tilted, bool parallel, Sca
                 }});
 }
 
+/// The arrays of a stage, with features of a window of 20 x 20, and the same for the reference.
+template <class T>
+struct StageInput {
+    std::vector<NoxiRect> features;
+    std::vector<T> weights, thresholds, lows, highs;
+    std::vector<Nox32s> counts;
+    reference::haar::Stage<T> plain;
+
+    explicit StageInput(int length) {
+        unsigned seed = 1;
+        const auto next = [&seed](int range) {
+            seed = seed * 1664525U + 1013904223U;
+            return int((seed >> 8) % unsigned(range));
+        };
+        for (int i = 0; i < length; ++i) {
+            const int count = 2 + next(2);
+            reference::haar::Classifier<T> c = {{}, T(next(9) - 4), T(next(100) - 50), T(next(100) - 50)};
+            for (int k = 0; k < count; ++k) {
+                const NoxiRect r = {8 + next(6), next(8), 2 + next(6), 2 + next(6)};
+                features.push_back(r);
+                weights.push_back(T(k == 0 ? -1 : 2));
+                c.features.push_back({reference::haar::upright(r), weights.back()});
+            }
+            counts.push_back(count);
+            thresholds.push_back(c.threshold);
+            lows.push_back(c.low);
+            highs.push_back(c.high);
+            plain.push_back(c);
+        }
+        plain = reference::haar::grouped(plain);
+    }
+};
+
+inline NoxStatus create(NoxiHaarClassifier_32f **state, const StageInput<Nox32f> &in) {
+    return noxiHaarClassifierInitAlloc_32f(state, in.features.data(), in.weights.data(), in.thresholds.data(),
+                                           in.lows.data(), in.highs.data(), in.counts.data(), int(in.counts.size()));
+}
+inline NoxStatus create(NoxiHaarClassifier_32s **state, const StageInput<Nox32s> &in) {
+    return noxiHaarClassifierInitAlloc_32s(state, in.features.data(), in.weights.data(), in.thresholds.data(),
+                                           in.lows.data(), in.highs.data(), in.counts.data(), int(in.counts.size()));
+}
+inline void destroy(NoxiHaarClassifier_32f *state) { noxiHaarClassifierFree_32f(state); }
+inline void destroy(NoxiHaarClassifier_32s *state) { noxiHaarClassifierFree_32s(state); }
+
+/// One stage of 20 classifiers over a mask whose positions are all left. call(src, tilt, norm, mask, positive, state).
+template <class State, class Table, class T, class Call>
+void addStage(const char *name, bool mixed, bool parallel, Call call) {
+    bench::add({name, sizeof(Table) + sizeof(T), 1, parallel, [=](NoxiSize size) -> bench::Work {
+                    const WindowTable<Table> src(size, false, false), tilt(size, true, false);
+                    const bench::Image<T> norm(size);
+                    for (std::size_t i = 0; i < norm.count(); ++i)
+                        norm.data()[i] = T(20 + i % 300);
+                    const bench::Image<Nox8u> mask(size);
+                    const auto input = std::make_shared<StageInput<T>>(20);
+                    State *created = nullptr;
+                    create(&created, *input);
+                    const std::shared_ptr<State> state(created, [](State *s) { destroy(s); });
+                    const auto positions = [mask] {
+                        for (std::size_t i = 0; i < mask.count(); ++i)
+                            mask.data()[i] = 1;
+                    };
+                    return {[=] {
+                                positions();
+                                int positive = 0;
+                                call(src, tilt, norm, mask, &positive, state.get());
+                                bench::keep(positive);
+                            },
+                            [=] {
+                                positions();
+                                const reference::haar::Tables<Table> tables = {
+                                    {src.data(), src.step()}, {mixed ? tilt.data() : nullptr, tilt.step()}};
+                                reference::haar::apply(tables, norm.data(), norm.step(), mask.data(), mask.step(), size,
+                                                       T(0), input->plain, 1);
+                            }};
+                }});
+}
+
+template <class State, class Table, class T, class Entry>
+void addPlainStage(const char *name, Entry entry, bool parallel) {
+    addStage<State, Table, T>(
+        name, false, parallel,
+        [=](const auto &src, const auto &, const auto &norm, const auto &mask, int *positive, const State *state) {
+            entry(src.data(), src.step(), norm.data(), norm.step(), mask.data(), mask.step(), norm.roi(), positive,
+                  T(0), state);
+        });
+}
+
+template <class State, class Table, class T, class Entry, class... Scale>
+void addMixedStage(const char *name, Entry entry, Scale... scale) {
+    addStage<State, Table, T>(
+        name, true, false,
+        [=](const auto &src, const auto &tilt, const auto &norm, const auto &mask, int *positive, const State *state) {
+            entry(src.data(), src.step(), tilt.data(), tilt.step(), norm.data(), norm.step(), mask.data(), mask.step(),
+                  norm.roi(), positive, T(0), state, scale...);
+        });
+}
+
 const bench::Registrar registrar([] {
     addIntegral<Nox32s>("noxiIntegral_8u32s_C1R", noxiIntegral_8u32s_C1R, false);
     addIntegral<Nox32f>("noxiIntegral_8u32f_C1R", noxiIntegral_8u32f_C1R, false);
@@ -136,6 +237,18 @@ const bench::Registrar registrar([] {
                                          false);
     addDeviation<Nox32s, Nox32s, Nox32s>("noxiTiltedRectStdDev_32s_C1RSfs", noxiTiltedRectStdDev_32s_C1RSfs, true,
                                          false, 1);
+    addPlainStage<NoxiHaarClassifier_32f, Nox32f, Nox32f>("noxiApplyHaarClassifier_32f_C1R",
+                                                          noxiApplyHaarClassifier_32f_C1R, true);
+    addPlainStage<NoxiHaarClassifier_32f, Nox32s, Nox32f>("noxiApplyHaarClassifier_32s32f_C1R",
+                                                          noxiApplyHaarClassifier_32s32f_C1R, false);
+    addPlainStage<NoxiHaarClassifier_32s, Nox32s, Nox32s>("noxiApplyHaarClassifier_32s_C1RSfs",
+                                                          noxiApplyHaarClassifier_32s_C1RSfs, false);
+    addMixedStage<NoxiHaarClassifier_32f, Nox32f, Nox32f>("noxiApplyMixedHaarClassifier_32f_C1R",
+                                                          noxiApplyMixedHaarClassifier_32f_C1R);
+    addMixedStage<NoxiHaarClassifier_32f, Nox32s, Nox32f>("noxiApplyMixedHaarClassifier_32s32f_C1R",
+                                                          noxiApplyMixedHaarClassifier_32s32f_C1R);
+    addMixedStage<NoxiHaarClassifier_32s, Nox32s, Nox32s>("noxiApplyMixedHaarClassifier_32s_C1RSfs",
+                                                          noxiApplyMixedHaarClassifier_32s_C1RSfs, -1);
 });
 
 } // namespace
