@@ -436,7 +436,7 @@ TEST(HaarApplySums, StagesCreatedTurnedAddInOrder) {
         if (tilted) {
             top[0] = a, top[1] = b, top[2] = c;
         } else { // rectangle i is top[i] - top[i + 1]
-            top[2] = c, top[1] = b + c, top[0] = a + b + c;
+            top[2] = c, top[1] = b + c, top[0] = a + (b + c);
         }
         const Nox32f norm = 1;
         Nox8u mask = 1;
@@ -448,6 +448,7 @@ TEST(HaarApplySums, StagesCreatedTurnedAddInOrder) {
     };
     EXPECT_TRUE(passes(true, 1e8F, -1e8F, 1.0F));  // (a + b) + c = 1
     EXPECT_FALSE(passes(true, 1.0F, 1e8F, -1e8F)); // (1 + 1e8) - 1e8 = 0
+    EXPECT_TRUE(passes(false, 1.0F, 1e8F, -1e8F)); // (1e8 - 1e8) + 1 = 1
     in = {};
     in.add({{{0, 0, 1, 1}, 1.0F}, {{1, 0, 1, 1}, 1.0F}}, 0.5F, -1.0F, 1.0F);
     EXPECT_TRUE(passes(true, 1.0F, 0.0F, 0.0F));

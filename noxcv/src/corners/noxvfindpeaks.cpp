@@ -55,7 +55,8 @@ NOX_INLINE bool isPeak(Nox32f v, Nox32f largest, Nox32f smallest, Nox32f thresho
     return (clearSign(v) > threshold) & !(distance > std::numeric_limits<Nox32f>::min());
 }
 NOX_INLINE bool isPeak(Nox32s v, Nox32s largest, Nox32s smallest, Nox32s threshold) {
-    const bool stands = (v > threshold) | (v < 0 && (v == std::numeric_limits<Nox32s>::min() || -v > threshold));
+    const bool below = (v < 0) & ((threshold < 0) | (0U - static_cast<Nox32u>(v) > static_cast<Nox32u>(threshold)));
+    const bool stands = (v > threshold) | below;
     return stands & (v == (v >= 1 ? largest : smallest));
 }
 
@@ -69,8 +70,9 @@ constexpr int blockLength = 64;
 
 /// Marks the peaks among some pixels; tells whether there are any.
 template <class T>
-NOX_INLINE bool markPeaks(const Element<T> *values, const Neighbours<T> &near, int first, int count, T threshold,
-                          int *marks) {
+NOX_INLINE bool markPeaks(const Element<T> *values, const Neighbours<T> &neighbours, int first, int count, T threshold,
+                          int *__restrict marks) {
+    const Neighbours<T> near = neighbours; // which no mark changes
     int found = 0;
     for (int i = 0; i < count; ++i) {
         const int x = first + i;

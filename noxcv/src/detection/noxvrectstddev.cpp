@@ -149,26 +149,34 @@ struct MixedTables {
 
 constexpr int blockLength = 64; ///< positions that are looked through for doubtful ones together
 
-/// One row of deviations.
+/// One row of deviations. The corners are copied and results pass through a block of their own: the compiler must see
+/// that no store changes what is read.
 template <class Tables, class Sums, class Squares>
-NOX_INLINE void deviationRow(const Sums &sums, const Squares &squares, Element<Nox32f> *dst, int width,
-                             const Area &area) {
+NOX_INLINE void deviationRow(const Sums &sumsOfRow, const Squares &squaresOfRow, Element<Nox32f> *dst, int width,
+                             const Area &areaOfRect) {
+    const Sums sums = sumsOfRow;
+    const Squares squares = squaresOfRow;
+    const Area area = areaOfRect;
     for (int first = 0; first < width; first += blockLength) {
-        const int end = width - first < blockLength ? width : first + blockLength;
+        const int count = width - first < blockLength ? width - first : blockLength;
+        Nox32f roots[blockLength];
         int doubtful[blockLength];
         int doubts = 0;
-        for (int x = first; x < end; ++x) {
-            const Variance v = Tables::variance(sums, squares, x, area);
+        for (int i = 0; i < count; ++i) {
+            const Variance v = Tables::variance(sums, squares, first + i, area);
             const Nox32f low = static_cast<Nox32f>(positive(v.low)), high = static_cast<Nox32f>(positive(v.high));
-            dst[x] = std::sqrt(low);
+            roots[i] = std::sqrt(low);
             // A not-a-number in v gives two zeros: it must be formed again, and so is told by itself.
             const int doubt = (low == high ? 0 : 1) | (v.low <= v.high ? 0 : 1);
-            doubtful[x - first] = doubt;
+            doubtful[i] = doubt;
             doubts |= doubt;
         }
-        for (int x = first; doubts != 0 && x < end; ++x)
-            if (doubtful[x - first] != 0)
-                dst[x] = std::sqrt(static_cast<Nox32f>(positive(Tables::extendedVariance(sums, squares, x, area))));
+        for (int i = 0; doubts != 0 && i < count; ++i)
+            if (doubtful[i] != 0)
+                roots[i] = std::sqrt(
+                    static_cast<Nox32f>(positive(Tables::extendedVariance(sums, squares, first + i, areaOfRect))));
+        for (int i = 0; i < count; ++i)
+            dst[first + i] = roots[i];
     }
 }
 
@@ -257,25 +265,31 @@ struct TiltedScaled {
 
 /// One row of scaled deviations.
 template <class Form>
-NOX_INLINE void scaledRow(const CornerRows<Nox32s> &sums, const CornerRows<Nox32s> &squares, Element<Nox32s> *dst,
-                          int width, Nox32f area, Nox32f scale) {
+NOX_INLINE void scaledRow(const CornerRows<Nox32s> &sumsOfRow, const CornerRows<Nox32s> &squaresOfRow,
+                          Element<Nox32s> *dst, int width, Nox32f area, Nox32f scale) {
+    const CornerRows<Nox32s> sums = sumsOfRow, squares = squaresOfRow;
     for (int first = 0; first < width; first += blockLength) {
-        const int end = width - first < blockLength ? width : first + blockLength;
+        const int count = width - first < blockLength ? width - first : blockLength;
+        Nox32s results[blockLength];
         int doubtful[blockLength];
         int doubts = 0;
-        for (int x = first; x < end; ++x) {
+        for (int i = 0; i < count; ++i) {
+            const int x = first + i;
             const Nox32f mean = sums.wrappedSum(x) / area, square = squares.wrappedSum(x) / area;
             const Nox64f root = Form::scaledRoot(Form::variance(square, mean), scale);
             const Nox64f error = std::fabs(root) * Form::rootError;
             const Nox32s low = truncated(root - error + 0.5), high = truncated(root + error + 0.5);
-            dst[x] = low;
+            results[i] = low;
             const int doubt = (low == high ? 0 : 1) | (Form::isDoubtful(square, mean) ? 1 : 0);
-            doubtful[x - first] = doubt;
+            doubtful[i] = doubt;
             doubts |= doubt;
         }
-        for (int x = first; doubts != 0 && x < end; ++x)
-            if (doubtful[x - first] != 0)
-                dst[x] = Form::extended(squares.wrappedSum(x) / area, sums.wrappedSum(x) / area, scale);
+        for (int i = 0; doubts != 0 && i < count; ++i)
+            if (doubtful[i] != 0)
+                results[i] =
+                    Form::extended(squares.wrappedSum(first + i) / area, sums.wrappedSum(first + i) / area, scale);
+        for (int i = 0; i < count; ++i)
+            dst[first + i] = results[i];
     }
 }
 
