@@ -62,7 +62,7 @@ struct Gray {
     void inside(int y, int x0, int x1) const {
         const T *from[most];
         GrayValue<T> values[most];
-        const auto *const kernel = static_cast<const Element<KernelOf<T>> *>(state.kernel);
+        const Element<KernelOf<T>> *const kernel = static_cast<const KernelOf<T> *>(state.kernel);
         const int cells = state.maskWidth * state.maskHeight;
         for (int cell = 0, r = 0, c = 0; cell < cells;) {
             const bool more = cell > 0;
@@ -81,7 +81,7 @@ struct Gray {
     }
     /// Pixel x of row y, anywhere.
     void atSide(int y, int x) const {
-        const auto *const kernel = static_cast<const Element<KernelOf<T>> *>(state.kernel);
+        const Element<KernelOf<T>> *const kernel = static_cast<const KernelOf<T> *>(state.kernel);
         T best = start;
         for (int r = 0; r < state.maskHeight; ++r) {
             const Element<T> *const row = sourceRow(y, r);
@@ -92,7 +92,7 @@ struct Gray {
                 best = (largest ? sum > best : sum < best) ? sum : best;
             }
         }
-        static_cast<Element<T> *>(dst[y])[x] = best;
+        dst[y][x] = best;
     }
     void run() const {
         const int left = std::min(state.anchorX, roi.width);

@@ -248,7 +248,7 @@ struct Region {
     /// Lets a pixel of value v grow into a neighbour.
     NOX_INLINE void growInto(T v, int x, int y) {
         Element<T> *const row = marker[y];
-        const T limit = static_cast<const Element<T> *>(mask[y])[x], cut = better(v, limit) ? limit : v;
+        const T limit = mask[y][x], cut = better(v, limit) ? limit : v;
         if (better(cut, row[x])) {
             row[x] = cut;
             put(x, y);
@@ -257,7 +257,7 @@ struct Region {
     void drain() {
         while (!queue.empty()) {
             const Position p = queue.pop();
-            const T v = static_cast<const Element<T> *>(marker[p.y])[p.x];
+            const T v = marker[p.y][p.x];
             const int x0 = std::max(p.x - 1, 0), x1 = std::min(p.x + 1, roi.width - 1);
             if (p.x > 0)
                 growInto(v, x0, p.y);
