@@ -280,7 +280,7 @@ NOX_API NoxStatus noxiSegmentWatershedGetBufferSize_8u_C1R(NoxiSize roi, int *si
  */
 NOX_API NoxStatus noxiSegmentGradient_8u_C1IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
                                               NoxiSize roi, int norm, int flag, Nox8u *buffer);
-/** Growth over colours, with a buffer of the size that noxiSegmentGradientGetBufferSize_8u_C3R tells. Status as above. */
+/** Growth over colours; buffer: noxiSegmentGradientGetBufferSize_8u_C3R. Status as above. */
 NOX_API NoxStatus noxiSegmentGradient_8u_C3IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
                                               NoxiSize roi, int norm, int flag, Nox8u *buffer);
 /**

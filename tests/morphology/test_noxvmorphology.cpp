@@ -70,7 +70,8 @@ struct Calls {
     /// The general kind gives finite numbers only.
     static void limit(Image<T> &image, bool /*largest*/) {
         if constexpr (e == 4)
-            image.generate([&](int x, int y, int c) { return std::clamp<float>(image.at(x, y, c), -FLT_MAX, FLT_MAX); });
+            image.generate(
+                [&](int x, int y, int c) { return std::clamp<float>(image.at(x, y, c), -FLT_MAX, FLT_MAX); });
     }
 };
 
