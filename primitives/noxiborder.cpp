@@ -5,6 +5,7 @@
 
 #include "checks.h"
 #include "noxcv/primitives.h"
+#include "owncopybytes.h"
 #include "ownprimitives.h"
 #include "rows.h"
 
@@ -48,7 +49,7 @@ template <int bytes>
 void repeatRow(Rows<Pixel<bytes>> image, int from, int first, int count, int width) {
     const Pixel<bytes> *row = image[from];
     for (int y = first; y < first + count; ++y)
-        std::memmove(static_cast<void *>(image[y]), row, sizeof(*row) * width);
+        copyBytes(image[y], row, sizeof(*row) * width);
 }
 
 /// Extends a row whose own pixels begin at `row`.
@@ -63,7 +64,7 @@ void copyReplicated(Rows<const Pixel<bytes>> src, Rows<Pixel<bytes>> dst, const 
     const Rows<Pixel<bytes>> band = dst.from(place.top);
     for (int y = 0; y < place.src.height; ++y) {
         Pixel<bytes> *row = band[y] + place.left;
-        std::memmove(static_cast<void *>(row), src[y], sizeof(*row) * place.src.width);
+        copyBytes(row, src[y], sizeof(*row) * place.src.width);
         extendRow(row, place);
     }
     repeatRow(band, place.src.height - 1, place.src.height, place.bottom(), place.dst.width);
@@ -87,7 +88,7 @@ void copyConstant(Rows<const Nox8u> src, Rows<Nox8u> dst, const Placement &place
     for (; y < place.top + place.src.height; ++y) {
         Nox8u *row = dst[y];
         std::memset(row, value, place.left);
-        std::memmove(row + place.left, src[y - place.top], place.src.width);
+        copyBytes(row + place.left, src[y - place.top], place.src.width);
         std::memset(row + place.left + place.src.width, value, place.right());
     }
     for (; y < place.dst.height; ++y)

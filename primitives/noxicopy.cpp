@@ -3,18 +3,12 @@
 
 #include "checks.h"
 #include "noxcv/primitives.h"
-#include "ownprimitives.h"
+#include "owncopybytes.h"
 #include "rows.h"
 
 using namespace nox;
 
 namespace {
-
-void copyRows(Rows<const Nox8u> src, Rows<Nox8u> dst, std::ptrdiff_t rowBytes, int height) {
-    forJoinedRows(
-        rowBytes, height, [](std::ptrdiff_t bytes, const Nox8u *from, Nox8u *to) { std::memmove(to, from, bytes); },
-        src, dst);
-}
 
 template <class T>
 NoxStatus copyImage(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int channels) {

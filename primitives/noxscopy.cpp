@@ -8,6 +8,7 @@
 
 #include "checks.h"
 #include "noxcv/primitives.h"
+#include "owncopybytes.h"
 #include "rows.h"
 #include "tiers.h"
 
@@ -29,7 +30,7 @@ template <class T>
 NoxStatus copyVector(const T *src, T *dst, int length) {
     const NoxStatus status = firstFailure(checkPointers(src, dst), checkLength(length));
     if (status == noxStsNoError)
-        std::memmove(dst, src, bytesOf<T>(length));
+        copyBytes(dst, src, bytesOf<T>(length));
     return status;
 }
 

@@ -5,6 +5,7 @@
 
 #include "borders.h"
 #include "noxcv/primitives.h"
+#include "owncopybytes.h"
 #include "ownprimitives.h"
 #include "rows.h"
 
@@ -70,7 +71,7 @@ struct Frame {
 
     void copySource() const {
         for (int y = 0; y < height; ++y)
-            std::memcpy(static_cast<void *>(dst[top + y] + left), src[y], sizeof(P) * width);
+            copyBytes(dst[top + y] + left, src[y], sizeof(P) * width);
     }
 
     void fillWith(const P &value) const {
@@ -80,7 +81,7 @@ struct Frame {
 
     void fillFromSource(int kind) const {
         fillAboveAndBelow([&](P *row, int y) {
-            std::memcpy(static_cast<void *>(row), src[outsideRow(y, top, height, kind)], sizeof(P) * width);
+            copyBytes(row, src[outsideRow(y, top, height, kind)], sizeof(P) * width);
         });
         fillLeftAndRight([&](const P *row, int x) { return row[outsideIndex(x, width, kind)]; });
     }

@@ -1,4 +1,6 @@
+#include <cstring>
 #include <functional>
+#include <vector>
 
 #include "noxcv.h"
 #include "support/vector.h"
@@ -46,6 +48,21 @@ void expectCopies(CopyEntry<T> copy) {
 TEST(Copy, CopiesBitPatterns) {
     expectCopies<Nox8u>(noxsCopy_8u);
     expectCopies<Nox32f>(noxsCopy_32f);
+}
+
+/// Not promised to callers; but in-place use by a few bytes must not begin to depend on the length of a row.
+TEST(Copy, OverlappingBytesArriveAsTheyWere) {
+    test::Random random(2);
+    for (const int length : {31, 64, 100, 129, 200, 1000})
+        for (int distance = -length; distance <= length; ++distance) {
+            std::vector<Nox8u> bytes(3 * length), expected;
+            for (Nox8u &byte : bytes)
+                byte = static_cast<Nox8u>(random());
+            expected = bytes;
+            std::memmove(expected.data() + length + distance, expected.data() + length, length);
+            ASSERT_EQ(noxsCopy_8u(bytes.data() + length, bytes.data() + length + distance, length), noxStsNoError);
+            ASSERT_EQ(bytes, expected) << length << " bytes by " << distance;
+        }
 }
 
 template <class T>
