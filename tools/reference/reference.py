@@ -103,8 +103,7 @@ def formulas(folder):
         text = file.read_text()
         text = re.sub(r"<script [^>]*MathJax[^>]*></script>", "", text)
         text = re.sub(r'<script type="text/x-mathjax-config">.*?</script>', "", text, flags=re.S)
-        new = re.sub(r"(\\\(|\\\[)(.*?)(\\\)|\\\])", mathml, text, flags=re.S) if "class=\"formula" in text else text
-        file.write_text(new)
+        file.write_text(re.sub(r"(\\\(|\\\[)(.*?)(\\\)|\\\])", mathml, text, flags=re.S))
     print(f"reference: {len(known)} formulas")
 
 
