@@ -34,7 +34,8 @@ def filter_header(path):
 
     def comment(match):
         nonlocal groups
-        body = match.group(0)
+        # An initial ends no sentence.
+        body = re.sub(r"\b([A-Z])\. ", r"\1.\\ ", match.group(0))
         before = text[: match.start()]
         if "@name" in body:
             groups += 1
@@ -59,14 +60,13 @@ def markdown(path):
         return f"[{text}](@ref {file.stem.lower()})" if file.suffix == ".md" else text
 
     def picture(match):
-        caption, target = match.groups()
-        file = (path.parent / target).resolve()
-        return f'@image html {file.name} "{caption}" width=640px\n' if file.exists() else ""
+        name, caption = match.groups()
+        return f'@image html {name} "{caption}" width=640px\n' if (ROOT / "build/demo" / name).exists() else ""
 
     text = path.read_text()
     text = re.sub(r"```math\n(.*?)```", lambda m: "\\f[" + m.group(1).strip() + "\\f]", text, flags=re.S)
-    # Pictures are named in the page and made by the demo; those that are not there are left out.
-    text = re.sub(r"!\[([^\]]*)\]\(([^)\s]*)\)\n?", picture, text)
+    # Pictures are made by the demo, and none is kept: a page names them in comments. Those that are not there are left out.
+    text = re.sub(r"<!-- picture: (\S+) (.*?) -->\n?", picture, text)
     return re.sub(r"\[([^\]]*)\]\(([^)\s]*)\)", link, text)
 
 
