@@ -114,6 +114,8 @@ def words(element):
 
 # What frame.h tells once for all functions.
 SHARED = {"src", "dst", "srcDst", "roi", "mask", "coi", "buffer"}
+# Element types as names tell them.
+TYPE = "8u|8s|16u|16s|32s|32f|64f"
 # An entry must say what its function computes, not where that is told.
 POINTER = re.compile(r"^(the same|as (above|before)|likewise|see )", re.I)
 
@@ -162,11 +164,31 @@ def check(folder, names):
             text_of_file = entries.get("file " + header, "")
             if not any(re.search(rf"\b{re.escape(c)}\b", told + " " + text_of_file) for c in candidates):
                 failures.append(f"{header}: {name} does not tell its parameter {parameter}")
+    failures += readme_faults(names)
     for failure in failures:
         print("reference:", failure)
     if failures:
         sys.exit(f"reference: {len(failures)} faults")
     print(f"reference: {len(names)} functions have an entry with parameters and statuses")
+
+
+def readme_faults(names):
+    """README's table of subsystems against the tags in the functions' names: element types and channels."""
+    readme = (ROOT / "README.md").read_text()
+    for header in sorted((ROOT / "include/noxcv").glob("*.h")):
+        text, types, channels = header.read_text(), set(), set()
+        for name in names:
+            if re.search(rf"\b{name}\(", text):
+                for tag in name.split("_"):
+                    types |= set(re.findall(TYPE, tag)) if re.fullmatch(f"({TYPE})+", tag) else set()
+                    channels |= set(re.findall(r"^C(\d)", tag))
+        row = re.search(rf"^\|[^|]*\|([^|]*)\|([^|]*)\| \[{header.stem}\]\(", readme, re.M)
+        if types and not row:
+            yield f"README's table has no row for {header.name}"
+        elif types and set(re.findall(TYPE, row.group(1))) != types:
+            yield f"README's table has other element types than {header.name}: {sorted(types)}"
+        elif types and set(re.findall(r"\d", row.group(2))) != channels:
+            yield f"README's table has other channels than {header.name}: {sorted(channels)}"
 
 
 if __name__ == "__main__":
