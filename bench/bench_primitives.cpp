@@ -103,14 +103,19 @@ void addMulC() {
 }
 
 void addRoots() {
-    add("noxsSqrt_32f_I", 4, 4, [](NoxiSize size) -> Work {
-        const auto d = bench::picture<Nox32f>(size);
-        return {[=] { noxsSqrt_32f_I(d.data(), lengthOf(size)); },
-                [=] {
-                    for (int i = 0; i < lengthOf(size); ++i)
-                        d.data()[i] = std::sqrt(d.data()[i]);
-                }};
-    });
+    // Zeros take another way than other elements: none of them, or one in 30.
+    for (const int zeros : {0, 30})
+        add(std::string("noxsSqrt_32f_I") + (zeros == 0 ? "" : " zeros"), 4, 4, [zeros](NoxiSize size) -> Work {
+            const auto d = bench::picture<Nox32f>(size);
+            const auto chance = bench::picture<Nox16u>(size, 1, 1);
+            for (int i = 0; i < lengthOf(size); ++i)
+                d.data()[i] = zeros != 0 && chance.data()[i] % zeros == 0 ? 0.0F : d.data()[i] + 1;
+            return {[=] { noxsSqrt_32f_I(d.data(), lengthOf(size)); },
+                    [=] {
+                        for (int i = 0; i < lengthOf(size); ++i)
+                            d.data()[i] = std::sqrt(d.data()[i]);
+                    }};
+        });
     for (const int scale : {0, 3, -3})
         add("noxsSqrt_32s16s_Sfs scale " + std::to_string(scale), 4, 2, [scale](NoxiSize size) -> Work {
             const auto a = bench::picture<Nox32s>(size);

@@ -10,13 +10,10 @@ using namespace nox;
 
 namespace {
 
-void copyRows(Rows<const Nox8u> src, Rows<Nox8u> dst, std::size_t rowBytes, int height) {
-    if (isOneRun(static_cast<long long>(rowBytes), src.step, dst.step)) {
-        std::memmove(dst.base, src.base, rowBytes * height);
-        return;
-    }
-    for (int y = 0; y < height; ++y)
-        std::memmove(dst[y], src[y], rowBytes);
+void copyRows(Rows<const Nox8u> src, Rows<Nox8u> dst, std::ptrdiff_t rowBytes, int height) {
+    forJoinedRows(
+        rowBytes, height, [](std::ptrdiff_t bytes, const Nox8u *from, Nox8u *to) { std::memmove(to, from, bytes); },
+        src, dst);
 }
 
 template <class T>
@@ -24,17 +21,13 @@ NoxStatus copyImage(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi
     const NoxStatus status = firstFailure(checkPointers(src, dst), checkSize(roi));
     if (status == noxStsNoError)
         copyRows({reinterpret_cast<const Nox8u *>(src), srcStep}, {reinterpret_cast<Nox8u *>(dst), dstStep},
-                 sizeof(T) * channels * roi.width, roi.height);
+                 static_cast<std::ptrdiff_t>(sizeof(T)) * channels * roi.width, roi.height);
     return status;
 }
 
-void setRows(Nox8u value, Rows<Nox8u> dst, std::size_t rowBytes, int height) {
-    if (isOneRun(static_cast<long long>(rowBytes), dst.step)) {
-        std::memset(dst.base, value, rowBytes * height);
-        return;
-    }
-    for (int y = 0; y < height; ++y)
-        std::memset(dst[y], value, rowBytes);
+void setRows(Nox8u value, Rows<Nox8u> dst, int width, int height) {
+    forJoinedRows(
+        width, height, [value](std::ptrdiff_t bytes, Nox8u *to) { std::memset(to, value, bytes); }, dst);
 }
 
 } // namespace

@@ -20,17 +20,17 @@ struct Images {
     int channels;
 };
 
-/// Runs kernel(src1, src2, dst, length) over every row; packed images are one long row.
+/// Runs kernel(src1, src2, dst, length) over the joined rows. A row of several channels may be longer than an int
+/// tells.
 template <class T, class Kernel>
 void forRows(const Images<T> &im, const Kernel &kernel) {
-    const long long row = static_cast<long long>(im.roi.width) * im.channels;
-    const bool oneRun = isOneRun(row * static_cast<long long>(sizeof(T)), im.src1.step, im.src2.step, im.dst.step);
-    const int rows = oneRun ? 1 : im.roi.height;
-    const long long length = oneRun ? row * im.roi.height : row;
-    for (int y = 0; y < rows; ++y)
-        for (long long x = 0; x < length; x += INT_MAX)
-            kernel(im.src1[y] + x, im.src2[y] + x, im.dst[y] + x,
-                   static_cast<int>(std::min<long long>(length - x, INT_MAX)));
+    forJoinedRows(
+        static_cast<std::ptrdiff_t>(im.roi.width) * im.channels, im.roi.height,
+        [&](std::ptrdiff_t length, auto... row) {
+            for (std::ptrdiff_t x = 0; x < length; x += std::min<std::ptrdiff_t>(length - x, INT_MAX))
+                kernel(row + x..., static_cast<int>(std::min<std::ptrdiff_t>(length - x, INT_MAX)));
+        },
+        im.src1, im.src2, im.dst);
 }
 
 /// With more than one channel the width is tested before all else.

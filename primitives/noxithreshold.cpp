@@ -9,14 +9,14 @@ using namespace nox;
 
 namespace {
 
-/// Makes each pixel of dst from the pixel of src; packed images are one long row.
+/// Makes each pixel of dst from the pixel of src.
 template <class T, class Make>
 NOX_INLINE void thresholdRows(Rows<const T> src, Rows<T> dst, int width, int height, const Make &make) {
-    const bool oneRun = isOneRun(width * static_cast<long long>(sizeof(T)), src.step, dst.step);
-    const int rows = oneRun ? 1 : height;
-    const std::ptrdiff_t length = oneRun ? static_cast<std::ptrdiff_t>(width) * height : width;
-    for (int y = 0; y < rows; ++y)
-        makeElements(make, length, dst[y], src[y]);
+    forJoinedRows(
+        width, height,
+        [&make](std::ptrdiff_t length, const T *from, T *to)
+            NOX_INLINE_LAMBDA { makeElements(make, length, to, from); },
+        src, dst);
 }
 
 /// Both forms give the threshold for a not-a-number and for a zero of the other sign.

@@ -1,54 +1,19 @@
 // Square roots of vectors.
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdint>
-#include <limits>
-
-#include <immintrin.h>
 
 #include "checks.h"
 #include "noxcv/primitives.h"
 #include "rows.h"
-#include "tiers.h"
+
+#define NOX_KERNELS "noxssqrt.inc"
+#include "noxveachtier.h"
 
 using namespace nox;
 
 namespace {
-
-/// The root from the processor's estimate r and one Newton step: 0.5 * x * r * (3 - x * r * r), from left to right.
-NOX_INLINE __m128 newtonRoot(__m128 x, __m128 r, __m128 xr) {
-    return _mm_mul_ps(_mm_mul_ps(_mm_mul_ps(_mm_set1_ps(0.5F), x), r),
-                      _mm_sub_ps(_mm_set1_ps(3.0F), _mm_mul_ps(xr, r)));
-}
-
-/// Roots of a group of 8. One element that is negative, zero, denormal, infinite or not a number makes the whole group
-/// exact. Returns whether an element was negative.
-NOX_INLINE bool rootsOfGroup(Nox32f *group) {
-    const __m128 x0 = _mm_loadu_ps(group), x1 = _mm_loadu_ps(group + 4);
-    const __m128 r0 = _mm_rsqrt_ps(x0), r1 = _mm_rsqrt_ps(x1);
-    const __m128 xr0 = _mm_mul_ps(x0, r0), xr1 = _mm_mul_ps(x1, r1);
-    const __m128 normal = _mm_set1_ps(std::numeric_limits<Nox32f>::min());
-    const __m128 special =
-        _mm_or_ps(_mm_or_ps(_mm_cmplt_ps(x0, normal), _mm_cmplt_ps(x1, normal)), _mm_cmpunord_ps(xr0, xr1));
-    if (_mm_movemask_ps(special) == 0) {
-        _mm_storeu_ps(group, newtonRoot(x0, r0, xr0));
-        _mm_storeu_ps(group + 4, newtonRoot(x1, r1, xr1));
-        return false;
-    }
-    _mm_storeu_ps(group, _mm_sqrt_ps(x0));
-    _mm_storeu_ps(group + 4, _mm_sqrt_ps(x1));
-    const __m128 zero = _mm_setzero_ps();
-    return _mm_movemask_ps(_mm_or_ps(_mm_cmplt_ps(x0, zero), _mm_cmplt_ps(x1, zero))) != 0;
-}
-
-/// Roots of single elements, exact.
-NOX_INLINE bool rootsOfSingles(Element<Nox32f> *srcDst, int count) {
-    bool negative = false;
-    for (int i = 0; i < count; ++i) {
-        negative |= srcDst[i] < 0.0F;
-        srcDst[i] = __builtin_sqrtf(srcDst[i]);
-    }
-    return negative;
-}
 
 /// Elements before the first 16-byte boundary; none when the vector never meets one.
 int leadIn(const Nox32f *srcDst, int length) {
@@ -57,17 +22,6 @@ int leadIn(const Nox32f *srcDst, int length) {
         return 0;
     const int count = static_cast<int>((16 - address % 16) % 16 / sizeof(Nox32f));
     return count < length ? count : length;
-}
-
-/// Whether an element was negative. Not inlined, so that all arithmetic stays between the two accesses to the control
-/// state in the entry.
-[[gnu::noinline]] NOX_TIERS bool ownnoxsSqrt_32f_I(Nox32f *srcDst, int lead, int length) {
-    bool negative = rootsOfSingles(srcDst, lead);
-    int i = lead;
-    for (; i + 8 <= length; i += 8)
-        negative |= rootsOfGroup(srcDst + i);
-    negative |= rootsOfSingles(srcDst + i, length - i);
-    return negative;
 }
 
 /// The floating-point control state of a call: invalid operations are masked and their flag is clear; at the end the
@@ -149,7 +103,7 @@ NoxStatus noxsSqrt_32f_I(Nox32f *srcDst, int length) {
     if (status != noxStsNoError)
         return status;
     const QuietInvalid quiet;
-    return ownnoxsSqrt_32f_I(srcDst, leadIn(srcDst, length), length) ? noxStsSqrtOfNegative : noxStsNoError;
+    return NOX_ON_TIER(roots(srcDst, leadIn(srcDst, length), length)) ? noxStsSqrtOfNegative : noxStsNoError;
 }
 
 NoxStatus noxsSqrt_32s16s_Sfs(const Nox32s *src, Nox16s *dst, int length, int scaleFactor) {

@@ -49,10 +49,12 @@ NOX_INLINE T wrap(int value) {
     return static_cast<T>(static_cast<std::make_unsigned_t<T>>(static_cast<unsigned>(value)));
 }
 
-/// |a - b| of integers, exact in T.
+/// |a - b| of unsigned integers. The larger less the smaller is what compilers turn into three vector operations.
 template <class T>
 NOX_INLINE T absoluteDifference(T a, T b) {
-    return static_cast<T>(a > b ? a - b : b - a);
+    static_assert(std::is_unsigned_v<T>);
+    const T larger = a > b ? a : b, smaller = a > b ? b : a;
+    return static_cast<T>(larger - smaller);
 }
 
 /// The value with its sign bit cleared, not-a-numbers included.

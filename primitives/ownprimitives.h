@@ -54,13 +54,3 @@ NOX_GLOBAL Nox32f *ownCopyWithBorder_32f_C3R(const Nox32f *src, int srcStep, int
 NOX_GLOBAL void ownnoxiThreshold_V_8u_C1(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, int width, int height,
                                          Nox8u threshold, Nox8u value, int greaterThan);
 }
-
-namespace nox {
-
-/// Whether all images are packed, so that the whole region is one run of rowBytes * height bytes.
-template <class... Step>
-NOX_INLINE bool isOneRun(long long rowBytes, Step... steps) {
-    return ((steps == rowBytes) && ...);
-}
-
-} // namespace nox

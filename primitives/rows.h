@@ -1,6 +1,7 @@
 // A view of an image's rows: keeps byte-step arithmetic in one place.
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <type_traits>
 
@@ -53,6 +54,33 @@ Rows(T *, int) -> Rows<T>;
 
 /// Number of pixels; an area of two ints needs 64 bits.
 inline long long area(NoxiSize size) { return static_cast<long long>(size.width) * size.height; }
+
+/// Whether the rows of an image, `length` elements each, follow each other without a gap.
+template <class T>
+NOX_INLINE bool isPacked(Rows<T> image, std::ptrdiff_t length) {
+    return image.step == length * static_cast<std::ptrdiff_t>(sizeof(T));
+}
+
+/// The rows that a loop goes through: `count` rows of `length` elements.
+struct Runs {
+    std::ptrdiff_t length;
+    int count;
+};
+
+/// A region as one long row where all its images are packed, else its rows as they are. The long row's length fits in
+/// an int.
+NOX_INLINE Runs joinedRows(std::ptrdiff_t length, int height, bool packed) {
+    const bool joined = packed && static_cast<long long>(length) * height <= INT_MAX;
+    return joined ? Runs{length * height, 1} : Runs{length, height};
+}
+
+/// body(length, row...) for the joined rows of images whose rows all have `length` elements.
+template <class Body, class... T>
+NOX_INLINE void forJoinedRows(std::ptrdiff_t length, int height, const Body &body, Rows<T>... images) {
+    const Runs runs = joinedRows(length, height, (isPacked(images, length) && ...));
+    for (int y = 0; y < runs.count; ++y)
+        body(runs.length, images[y]...);
+}
 
 /// Rounds up to a multiple of a power of two.
 template <class Int>

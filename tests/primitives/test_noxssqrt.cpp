@@ -85,6 +85,20 @@ TEST(Sqrt32f, OneSpecialElementMakesItsGroupExact) {
         }
 }
 
+/// Special elements here and there: the routine goes over from one way of making roots to the other and back.
+TEST(Sqrt32f, SpecialElementsNowAndThen) {
+    test::Random random(3);
+    const Nox32f specials[] = {0.0F, nan, infinity, -1.0F};
+    for (const int every : {30, 300, 3000})
+        for (const Nox32f special : specials)
+            for (int turn = 0; turn < 4; ++turn) {
+                Vector<Nox32f> vector(5003, 4 * turn);
+                vector.generate(
+                    [&](int) { return random() % every == 0 ? special : Nox32f(random() % 1000000 + 1) / 7; });
+                expectRoots(vector);
+            }
+}
+
 TEST(Sqrt32f, WarnsOfElementsBelowZeroOnly) {
     for (const int place : {0, 5, 20, 40}) {
         Vector<Nox32f> vector(41);

@@ -28,7 +28,7 @@ struct Accumulation {
 } // namespace nox
 
 #define NOX_KERNELS "accumulate/noxvaccumulatekernels.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 namespace {
 

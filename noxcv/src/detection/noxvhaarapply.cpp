@@ -52,7 +52,7 @@ struct HaarRow {
 // Vectors of 64-bit numbers are wider than a register; no function that is called takes or gives one.
 #pragma GCC diagnostic ignored "-Wpsabi"
 #define NOX_KERNELS "detection/noxvhaarapplykernels.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 namespace {
 

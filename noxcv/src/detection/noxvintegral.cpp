@@ -7,7 +7,7 @@
 using namespace nox;
 
 #define NOX_KERNELS "detection/noxvintegralkernels.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include "noxvabsdiff.h"
 
 #include "checks.h"
+#include "elementwise.h"
 #include "noxcv/edges.h"
 #include "numerics.h"
 #include "rows.h"
@@ -12,22 +13,22 @@ namespace {
 
 template <class T>
 NOX_INLINE void absDiffRows(Rows<const T> src1, Rows<const T> src2, Rows<T> dst, int width, int height) {
-    for (int y = 0; y < height; ++y) {
-        const Element<T> *a = src1[y], *b = src2[y];
-        Element<T> *d = dst[y];
-        for (int x = 0; x < width; ++x)
-            d[x] = absoluteDifference(a[x], b[x]);
-    }
+    forJoinedRows(
+        width, height,
+        [](std::ptrdiff_t length, const T *a, const T *b, T *d) NOX_INLINE_LAMBDA {
+            makeElements([](T v, T w) NOX_INLINE_LAMBDA -> T { return absoluteDifference(v, w); }, length, d, a, b);
+        },
+        src1, src2, dst);
 }
 
 template <class T>
 NOX_INLINE void absDiffConstantRows(Rows<const T> src, Rows<T> dst, int width, int height, T value) {
-    for (int y = 0; y < height; ++y) {
-        const Element<T> *a = src[y];
-        Element<T> *d = dst[y];
-        for (int x = 0; x < width; ++x)
-            d[x] = absoluteDifference(a[x], value);
-    }
+    forJoinedRows(
+        width, height,
+        [value](std::ptrdiff_t length, const T *a, T *d) NOX_INLINE_LAMBDA {
+            makeElements([value](T v) NOX_INLINE_LAMBDA -> T { return absoluteDifference(v, value); }, length, d, a);
+        },
+        src, dst);
 }
 
 template <class T>

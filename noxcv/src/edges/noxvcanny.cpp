@@ -171,12 +171,16 @@ struct Workspace {
 
     Nox8u *map;
     M *ring;
+    void *stack;
     int pitch;
 
-    Workspace(Nox8u *buffer, NoxiSize roi) : map(alignUp(buffer, 32)), pitch(roi.width + 2) {
+    Workspace(WorkBuffer &&buffer, NoxiSize roi) : pitch(roi.width + 2) {
         const std::size_t mapBytes = std::size_t(roi.height + 2) * pitch;
+        map = buffer.take<Nox8u>(static_cast<long long>(mapBytes));
         // Element 1 of the first ring row, pixel 0, lies 16 bytes behind a 32-byte boundary.
-        ring = reinterpret_cast<M *>(alignUp(map + mapBytes, 32) + 12);
+        buffer.aligned(32).take<Nox8u>(16 - static_cast<int>(sizeof(M)));
+        ring = buffer.take<M>(static_cast<long long>(ringRows) * pitch);
+        stack = buffer.take<void *>(0);
         // Thinning writes the inner map; its border of one pixel and the ring's columns outside the image stay zero.
         std::memset(map, 0, pitch);
         std::memset(map + mapBytes - pitch, 0, pitch);
@@ -187,7 +191,6 @@ struct Workspace {
     Nox8u *mapRow(int y) const { return map + std::size_t(y + 1) * pitch + 1; }
     /// Pixel 0 of the ring row that holds image row y; row -1 is ring row 0.
     M *ringRow(int y) const { return RowRing<M>(ring, ringRows, pitch, 1)[y + 1]; }
-    void *stack() const { return ring + std::size_t(ringRows) * pitch; }
 };
 
 /// Pops the last pair and pushes its unmarked candidate neighbours, until the stack is empty. The map's border of zero
@@ -225,9 +228,9 @@ template <class T, class Entry>
 void detect(Rows<const T> dx, Rows<const T> dy, Nox8u *dst, int dstStep, NoxiSize roi, Magnitude<T> low, Nox32f high,
             Nox8u *buffer) {
     using M = Magnitude<T>;
-    const Workspace<M> work(buffer, roi);
+    const Workspace<M> work(WorkBuffer(buffer, 32), roi);
     const Rows<Nox8u> edges{dst, dstStep};
-    auto *const bottom = static_cast<Entry *>(work.stack());
+    auto *const bottom = static_cast<Entry *>(work.stack);
     Stack<Entry> stack{bottom};
     magnitudes(dx[0], dy[0], work.ringRow(0), roi.width, low);
     for (int y = 0; y < roi.height; ++y) {

@@ -12,7 +12,7 @@
 #include "numerics.h"
 
 #define NOX_KERNELS "filter/noxvseparablereals.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 using namespace nox;
 

@@ -14,7 +14,7 @@
 #include "rows.h"
 
 #define NOX_KERNELS "morphology/noxvminmaxkernels.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 using namespace nox;
 

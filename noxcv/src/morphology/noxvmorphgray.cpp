@@ -28,7 +28,7 @@ struct GrayValue<Nox32f> {
 } // namespace nox
 
 #define NOX_KERNELS "morphology/noxvmorphgray.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 using namespace nox;
 

@@ -23,7 +23,7 @@
 #include "rows.h"
 
 #define NOX_KERNELS "morphology/noxvreconstruct.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 using namespace nox;
 

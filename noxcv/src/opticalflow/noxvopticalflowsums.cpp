@@ -25,7 +25,7 @@ private:
 } // namespace nox
 
 #define NOX_KERNELS "opticalflow/noxvopticalflowkernels.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 namespace nox {
 

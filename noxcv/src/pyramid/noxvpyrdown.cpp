@@ -11,6 +11,7 @@
 
 #include "borders.h"
 #include "frame/noxvrowring.h"
+#include "frame/noxvworkbuffer.h"
 #include "noxvpyrlayer.h"
 #include "numerics.h"
 
@@ -248,21 +249,6 @@ NOX_TIERS void storeEverySecond(const P *plane, T *dst, int pixels) {
 
 // ---- one call
 
-/// Takes pieces from the state's scratch, each on a boundary of its elements.
-class Scratch {
-public:
-    explicit Scratch(Nox8u *begin) : next_(begin) {}
-    template <class E>
-    E *take(std::ptrdiff_t count) {
-        E *piece = alignUp(reinterpret_cast<E *>(next_), alignof(E));
-        next_ = reinterpret_cast<Nox8u *>(piece + count);
-        return piece;
-    }
-
-private:
-    Nox8u *next_;
-};
-
 /// Smooths rows on demand.
 template <class A, class T, int Channels>
 class Smoother {
@@ -271,11 +257,12 @@ class Smoother {
     using Tap = typename A::Tap;
 
 public:
-    Smoother(Rows<const T> src, NoxiSize roi, const NoxiPyramidLayerState &state, Scratch &scratch)
+    Smoother(Rows<const T> src, NoxiSize roi, const NoxiPyramidLayerState &state, WorkBuffer &scratch)
         : src_(src), roi_(roi), kernel_(static_cast<const Tap *>(state.kernel)), size_(state.kernelSize),
           slots_(std::min(size_, roi.height)), count_(static_cast<std::ptrdiff_t>(roi.width) * Channels),
           window_(scratch.take<const Cell *>(size_)), held_(scratch.take<int>(slots_)),
-          ring_(scratch.take<Cell>(slots_ * count_), slots_, count_), plane_(scratch.take<Plane>(count_)),
+          ring_(scratch.take<Cell>(slots_ * count_), slots_, count_),
+          plane_(scratch.aligned(alignof(Plane)).take<Plane>(count_)),
           padded_(scratch.take<T>(count_ + (size_ - 1) * Channels)) {
         std::fill_n(held_, slots_, -1);
     }
@@ -360,10 +347,11 @@ void subsample(Smoother<A, T, Channels> &smoother, NoxiSize roi, Rows<T> dst, No
 
 template <class A, class T, int Channels>
 void resample(Smoother<A, T, Channels> &smoother, NoxiSize roi, Rows<T> dst, NoxiSize dstRoi, Nox32f rate,
-              Scratch &scratch) {
+              WorkBuffer &scratch) {
     using Plane = typename A::Plane;
     const int count = dstRoi.width * Channels;
-    Plane *rows[2] = {scratch.take<Plane>(count), scratch.take<Plane>(count)};
+    Plane *const places = scratch.aligned(alignof(Plane)).take<Plane>(2LL * count);
+    Plane *const rows[2] = {places, places + count};
     int held[2] = {-1, -1};
     const auto resampled = [&](int y) {
         if (held[y % 2] != y) {
@@ -384,7 +372,7 @@ void resample(Smoother<A, T, Channels> &smoother, NoxiSize roi, Rows<T> dst, Nox
 
 template <class A, class T, int Channels>
 void layerDown(Rows<const T> src, NoxiSize srcRoi, Rows<T> dst, NoxiSize dstRoi, const NoxiPyramidLayerState &state) {
-    Scratch scratch(state.work);
+    WorkBuffer scratch(state.work, alignof(Nox64f));
     Smoother<A, T, Channels> smoother(src, srcRoi, state, scratch);
     if (isTwo(state.rate))
         subsample(smoother, srcRoi, dst, dstRoi);

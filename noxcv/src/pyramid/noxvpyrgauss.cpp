@@ -72,6 +72,11 @@ private:
     }
 };
 
+/// Element 0 of a row of sums with `margin` elements on either side.
+Nox16u *takeSums(WorkBuffer &work, std::ptrdiff_t count, int margin) {
+    return work.take<Nox16u>(count + 2LL * margin) + margin;
+}
+
 // ---- integers, down: five source rows are combined first, then the columns
 
 /// The five rows around source row y, reflected at the image's edges.
@@ -157,18 +162,19 @@ template <class T, int Channels>
 requires std::is_integral_v<T>
 void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     constexpr int margin = 2 * Channels;
-    auto *const sums = reinterpret_cast<Nox16u *>(alignUp(buffer, bufferAlignment)) + margin;
+    WorkBuffer work(buffer, bufferAlignment);
+    Nox16u *const sums = takeSums(work, Channels == 1 ? roi.width / 2 : roi.width * 3, margin);
+    Nox16u *const behind = Channels == 1 ? takeSums(work, roi.width / 2, margin) : work.take<Nox16u>(roi.width * 3LL);
     for (int y = 0; y < (roi.height + 1) / 2; ++y) {
         const FiveRows<T> rows(src, 2 * y, roi.height);
         if constexpr (Channels == 1) {
-            Nox16u *const odd = sums + roi.width / 2 + 2 * margin;
-            combineRows1(rows, sums, odd, roi.width);
-            reflectColumns1(sums, odd, roi.width);
-            decimate1(sums, odd, dst[y], roi.width);
+            combineRows1(rows, sums, behind, roi.width);
+            reflectColumns1(sums, behind, roi.width);
+            decimate1(sums, behind, dst[y], roi.width);
         } else {
             combineRows3(rows, sums, roi.width);
             reflectColumns3(sums, roi.width);
-            decimate3(sums, sums + (roi.width + 2) * 3, dst[y], roi.width);
+            decimate3(sums, behind, dst[y], roi.width);
         }
     }
 }
@@ -242,9 +248,10 @@ template <class T, int Channels>
 requires std::is_integral_v<T>
 void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * Channels;
-    auto *const first = reinterpret_cast<Nox16u *>(alignUp(buffer, bufferAlignment)) + Channels;
-    Nox16u *const second = first + count + 2 * Channels;
-    auto *const scratch = reinterpret_cast<T *>(second + count + Channels);
+    WorkBuffer work(buffer, bufferAlignment);
+    Nox16u *const first = takeSums(work, count, Channels);
+    Nox16u *const second = takeSums(work, count, Channels);
+    T *const scratch = work.take<T>(0);
     for (int y = 0; y < roi.height; ++y) {
         combineUp(src[y == 0 ? std::min(1, roi.height - 1) : y - 1], src[y], src[std::min(y + 1, roi.height - 1)],
                   first, second, static_cast<int>(count));

@@ -9,7 +9,7 @@ enum class Order { rows, columns };
 } // namespace nox
 
 #define NOX_KERNELS "sampling/noxvbilinearkernels.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 constinit const std::array<Nox32f, 256> own8u32fTab = [] {
     std::array<Nox32f, 256> table{};

@@ -25,7 +25,7 @@ struct FloatShift {
 } // namespace nox
 
 #define NOX_KERNELS "sampling/noxvcopysubpixkernels.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"
 
 namespace {
 

@@ -53,4 +53,4 @@ struct Extrema {
 } // namespace nox
 
 #define NOX_KERNELS "statistics/noxvreduceblock.inc"
-#include "frame/noxveachtier.h"
+#include "noxveachtier.h"

@@ -247,6 +247,43 @@ NOX_LANES F64 splat(Nox64f value) {
 #endif
 }
 
+/// The processor's estimates of 1 / v and of 1 / sqrt(v): the same in lanes of every width.
+NOX_LANES F32 reciprocalEstimate(F32 v) {
+#if NOX_LANES_BYTES == 32
+    return (F32)_mm256_rcp_ps((__m256)v);
+#else
+    return (F32)_mm_rcp_ps((__m128)v);
+#endif
+}
+NOX_LANES F32 inverseRootEstimate(F32 v) {
+#if NOX_LANES_BYTES == 32
+    return (F32)_mm256_rsqrt_ps((__m256)v);
+#else
+    return (F32)_mm_rsqrt_ps((__m128)v);
+#endif
+}
+
+/// The square root, correctly rounded.
+NOX_LANES F32 rootOf(F32 v) {
+#if NOX_LANES_BYTES == 32
+    return (F32)_mm256_sqrt_ps((__m256)v);
+#else
+    return (F32)_mm_sqrt_ps((__m128)v);
+#endif
+}
+
+/// The top bit of each lane.
+NOX_LANES int topBits(S32 v) {
+#if NOX_LANES_BYTES == 32
+    return _mm256_movemask_ps((__m256)v);
+#else
+    return _mm_movemask_ps((__m128)v);
+#endif
+}
+
+/// Lanes of a where the mask is set, of b elsewhere.
+NOX_LANES F32 select(S32 mask, F32 a, F32 b) { return (F32)(((S32)a & mask) | ((S32)b & ~mask)); }
+
 /// Copies n elements, fewer than `most`. Rows end with this all the time, so it calls nothing.
 template <int most, class T>
 NOX_LANES void copyFew(T *to, const T *from, int n) {

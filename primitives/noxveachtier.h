@@ -17,7 +17,7 @@ namespace nox::baseline {
 namespace {
 #define NOX_LANES_BYTES 16
 #define NOX_LANES_TARGET
-#include "frame/noxvlanes.h"
+#include "noxvlanes.h"
 #include NOX_KERNELS
 #undef NOX_LANES_BYTES
 #undef NOX_LANES_TARGET
@@ -29,7 +29,7 @@ namespace nox::wide {
 namespace {
 #define NOX_LANES_BYTES 32
 #define NOX_LANES_TARGET NOX_WIDE_TIER
-#include "frame/noxvlanes.h"
+#include "noxvlanes.h"
 #include NOX_KERNELS
 #undef NOX_LANES_BYTES
 #undef NOX_LANES_TARGET
