@@ -36,6 +36,8 @@ target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions
   # What little the compiler's own runtime adds becomes part of the libraries.
   -static-libgcc -static-libstdc++)
 if(NOXCV_SANITIZE)
+  # tools/check-abi reads the types of arguments from this build.
+  target_compile_options(noxcv_library_flags INTERFACE -g)
   # Pixels may lie at any address, and kernels must say so.
   target_compile_options(noxcv_library_flags INTERFACE -fsanitize=alignment -fno-sanitize-recover=alignment)
 endif()

@@ -10,14 +10,20 @@
 #define NOXTYPES_H
 
 #ifdef __cplusplus
+/** Opens the declarations of a header: in C++ they have the names that C gives them. */
 #define NOX_BEGIN_DECLS extern "C" {
+/** Closes them. */
 #define NOX_END_DECLS }
 #else
 #define NOX_BEGIN_DECLS
 #define NOX_END_DECLS
 #endif
 
-/** @name Version of these headers; noxcvGetLibVersion() tells that of the library that is loaded. @{ */
+/**
+ * @name Version of these headers
+ * noxcvGetLibVersion() tells that of the library that is loaded.
+ * @{
+ */
 #define NOXCV_VERSION_MAJOR 5         /**< Raised when programs must be compiled anew. */
 #define NOXCV_VERSION_MINOR 2         /**< Raised when something is added. */
 #define NOXCV_VERSION_MAJOR_BUILD 108 /**< Build number of the major version. */
@@ -41,28 +47,28 @@ typedef double Nox64f;         /**< Double-precision element. */
 
 /** Size of a region, in pixels. */
 typedef struct {
-    int width;
-    int height;
+    int width;  /**< Columns. */
+    int height; /**< Rows. */
 } NoxiSize;
 
 /** A pixel position, relative to the first pixel of the region. */
 typedef struct {
-    int x;
-    int y;
+    int x; /**< Column. */
+    int y; /**< Row. */
 } NoxiPoint;
 
 /** A position with fraction. */
 typedef struct {
-    Nox32f x;
-    Nox32f y;
+    Nox32f x; /**< Along the row. */
+    Nox32f y; /**< Down the column. */
 } NoxiPoint32f;
 
 /** A rectangle: top left pixel and size. */
 typedef struct {
-    int x;
-    int y;
-    int width;
-    int height;
+    int x;      /**< Column of the top left pixel. */
+    int y;      /**< Row of the top left pixel. */
+    int width;  /**< Columns. */
+    int height; /**< Rows. */
 } NoxiRect;
 
 /**
@@ -112,6 +118,14 @@ enum {
 enum {
     noxCmpLess = 0,   /**< Pixels less than the threshold. */
     noxCmpGreater = 4 /**< Pixels greater than the threshold. */
+};
+
+/** Element types where a number tells them; passed as int. */
+enum {
+    noxType8u = 1,  /**< Nox8u. */
+    noxType8s = 3,  /**< Nox8s. */
+    noxType16u = 5, /**< Nox16u. */
+    noxType32f = 13 /**< Nox32f. */
 };
 
 /** The library's version record. */

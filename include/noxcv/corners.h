@@ -51,32 +51,34 @@ NOX_API NoxStatus noxiEigenValsVecs_32f_C1R(const Nox32f *src, int srcStep, Nox3
 
 /**
  * @name Sizes of the work buffers for eigenvalues, in bytes
- * With P = (width + 15) & ~15 and F the largest work size of the filters used: (P * height * 4 + 32) * K + F + 64, K
- * being 5 with one thread and 8 with more. 8-bit images have K = 3 or 6, and width * height * 4 bytes more.
+ * Writes to bufferSize, with P the width rounded up to a multiple of 16 and F the largest work size of the filters
+ * used: (P * height * 4 + 32) * K + F + 64, K being 5 with one thread and 8 with more. 8-bit images have K = 3 or 6,
+ * and width * height * 4 bytes more.
  *
  * Status: noxStsNullPointer, noxStsBadSize (the size, apertureSize or avgWindow other than 3 and 5, a size that no int
  * tells), in this order.
  * @{
  */
-/** Work buffer of noxiMinEigenVal_8u32f_C1R. */
+/** Bytes of the work buffer of noxiMinEigenVal_8u32f_C1R. */
 NOX_API NoxStatus noxiMinEigenValGetBufferSize_8u32f_C1R(NoxiSize roi, int apertureSize, int avgWindow,
                                                          int *bufferSize);
-/** Work buffer of noxiMinEigenVal_32f_C1R. */
+/** Bytes of the work buffer of noxiMinEigenVal_32f_C1R. */
 NOX_API NoxStatus noxiMinEigenValGetBufferSize_32f_C1R(NoxiSize roi, int apertureSize, int avgWindow, int *bufferSize);
-/** Work buffer of noxiEigenValsVecs_8u32f_C1R. */
+/** Bytes of the work buffer of noxiEigenValsVecs_8u32f_C1R. */
 NOX_API NoxStatus noxiEigenValsVecsGetBufferSize_8u32f_C1R(NoxiSize roi, int apertureSize, int avgWindow,
                                                            int *bufferSize);
-/** Work buffer of noxiEigenValsVecs_32f_C1R. */
+/** Bytes of the work buffer of noxiEigenValsVecs_32f_C1R. */
 NOX_API NoxStatus noxiEigenValsVecsGetBufferSize_32f_C1R(NoxiSize roi, int apertureSize, int avgWindow,
                                                          int *bufferSize);
 /** @} */
 
 /**
  * @name Peaks of a response
- * The positions (x, y) in scan order where |v| is greater than threshold and v is the largest (v above 0) or smallest
- * (else) of its 3 x 3 block (norm 0) or of itself and its four neighbours (norm 1); floats may lie 2^-126 off. All
- * pixels of a plateau are peaks. Rows and columns nearer to an edge than border are left out. The search ends with the
- * maxPeakCount-th peak. Where a neighbour is not a number, it is not told whether there is a peak.
+ * Writes to peaks the positions (x, y), two numbers each, and to peakCount their number: in scan order, where |v| is
+ * greater than threshold and v is the largest (v above 0) or smallest (else) of its 3 x 3 block (norm 0) or of itself
+ * and its four neighbours (norm 1); floats may lie 2^-126 off. All pixels of a plateau are peaks. Rows and columns
+ * nearer to an edge than border are left out. The search ends with the maxPeakCount-th peak. Where a neighbour is not a
+ * number, it is not told whether there is a peak.
  *
  * The step's lowest two bits are ignored, and the rest must be a multiple of 16.
  *
@@ -93,9 +95,20 @@ NOX_API NoxStatus noxiFindPeaks3x3_32f_C1R(const Nox32f *src, int srcStep, NoxiS
 NOX_API NoxStatus noxiFindPeaks3x3_32s_C1R(const Nox32s *src, int srcStep, NoxiSize roi, Nox32s threshold,
                                            Nox32s *peaks, int maxPeakCount, int *peakCount, int norm, int border,
                                            Nox8u *buffer);
-/** Work buffer of noxiFindPeaks3x3_32f_C1R. Status: noxStsNullPointer, noxStsBadSize. */
+/**
+ * Bytes of the work buffer of noxiFindPeaks3x3_32f_C1R, written to bufferSize: (width + 5) / 4, rounded down, times
+ * 128, plus 32.
+ *
+ * Status, in this order: noxStsNullPointer (bufferSize), noxStsBadSize (width below 1); noxStsBadSize, and nothing
+ * stored, when the size exceeds 2147483647.
+ */
 NOX_API NoxStatus noxiFindPeaks3x3GetBufferSize_32f_C1R(int width, int *bufferSize);
-/** Work buffer of noxiFindPeaks3x3_32s_C1R. Status: noxStsNullPointer, noxStsBadSize. */
+/**
+ * Bytes of the work buffer of noxiFindPeaks3x3_32s_C1R, written to bufferSize: those of noxiFindPeaks3x3_32f_C1R.
+ *
+ * Status, in this order: noxStsNullPointer (bufferSize), noxStsBadSize (width below 1); noxStsBadSize, and nothing
+ * stored, when the size exceeds 2147483647.
+ */
 NOX_API NoxStatus noxiFindPeaks3x3GetBufferSize_32s_C1R(int width, int *bufferSize);
 /** @} */
 

@@ -15,7 +15,7 @@ NOX_BEGIN_DECLS
  * @name Integral images
  * Summed-area tables (F. C. Crow, "Summed-area tables for texture mapping", 1984) of an image of w x h pixels. A table
  * has w + 1 columns and h + 1 rows. Element [r][c] is offset plus the sum of the pixels above row r and left of column
- * c; row 0 and column 0 hold offset alone. A second table takes the squares of the pixels and sqrOffset.
+ * c; row 0 and column 0 hold offset alone. A second table, sqrIntegral, takes the squares of the pixels and sqrOffset.
  *
  * 32s tables wrap silently. In 32f tables a row's own sum is a 32-bit integer, converted once and added to the element
  * above in single precision; 64f tables add in extended precision and round to double.
@@ -54,8 +54,9 @@ NOX_API NoxStatus noxiSqrIntegral_8u32s_C1R(const Nox8u *src, int srcStep, Nox32
  * - N[w] = s[w-1] + P[w-1] + P[w+1] - Q[w];
  * - N[w+1] = P[w].
  *
- * A second table takes s[i]^2 in place of s[i], and sqrOffset. 32s tables wrap. 32f sums are formed in extended
- * precision as P[x-1] - Q[x] + P[x+1] + s[x-1] + s[x] and rounded once; 64f sums as (s[x-1]^2 + s[x]^2) + P[x-1] - Q[x]
+ * A second table, sqrIntegral, takes s[i]^2 in place of s[i], and sqrOffset. 32s tables wrap. 32f sums are formed in
+ * extended precision as P[x-1] - Q[x] + P[x+1] + s[x-1] + s[x] and rounded once; 64f sums as (s[x-1]^2 + s[x]^2) +
+ * P[x-1] - Q[x]
  * + P[x+1].
  *
  * Two members differ from the rest:
@@ -89,11 +90,11 @@ NOX_API NoxStatus noxiTiltedSqrIntegral_8u32s_C1R(const Nox8u *src, int srcStep,
 
 /**
  * @name Deviation of the pixels under an upright rectangle
- * From a table of sums and a table of squares, for each position (x, y) of roi the standard deviation of the pixels
- * under rect moved by (x, y). Of each table the elements TL = [y+ry][x+rx], TR = [y+ry][x+rx+rw], BL = [y+ry+rh][x+rx]
- * and BR = [y+ry+rh][x+rx+rw] are taken. With a = rw * rh in single precision, m = (BR - TR - BL + TL) / a from src, q
- * likewise from sqr, the variance is v = q - m * m and dst = sqrt(v). A variance that is not above 0, or no number,
- * gives 0.
+ * From a table of sums, src, and a table of squares, sqr, for each position (x, y) of roi the standard deviation of the
+ * pixels under rect, which is (rx, ry, rw, rh), moved by (x, y). Of each table the elements TL = [y+ry][x+rx], TR =
+ * [y+ry][x+rx+rw], BL = [y+ry+rh][x+rx] and BR = [y+ry+rh][x+rx+rw] are taken. With a = rw * rh in single precision, m
+ * = (BR - TR - BL + TL) / a from src, q likewise from sqr, the variance is v = q - m * m and dst = sqrt(v). A variance
+ * that is not above 0, or no number, gives 0.
  * - 32f: all in extended precision; v is rounded to single, and the root taken there.
  * - 32s32f: m from a 32-bit integer sum that wraps, divided in single precision; the rest as in 32f.
  * - 32s, scaled: m and q from 32-bit integer sums, v in single precision; dst = sqrt(v) * f + 0.5 truncated, with the
@@ -120,13 +121,14 @@ NOX_API NoxStatus noxiRectStdDev_32s_C1RSfs(const Nox32s *src, int srcStep, cons
 
 /**
  * @name Deviation of the pixels under a tilted rectangle
- * The same from tilted tables, for a rectangle turned by 45 degrees. With R = y + rx + ry and C = x + rx - ry the
- * elements T = [R][C], Ri = [R+rw][C+rw], L = [R+rh][C-rh] and B = [R+rw+rh][C+rw-rh] are taken; the sums are B - L -
- * Ri
+ * The deviation as above from tilted tables src and sqr, for a rectangle rect = (rx, ry, rw, rh) turned by 45 degrees.
+ * With R = y + rx + ry and C = x + rx - ry the elements T = [R][C], Ri = [R+rw][C+rw], L = [R+rh][C-rh] and B =
+ * [R+rw+rh][C+rw-rh] are taken; the sums are B - L - Ri
  * + T and a = 2 * rw * rh. Columns may be negative: src then points inside a larger table.
  * - 32f: as upright, with a exact.
  * - 32s32f: as upright.
- * - 32s, scaled: m and q in single precision, v in extended precision and rounded to single, the root in single.
+ * - 32s, scaled by scaleFactor: m and q in single precision, v in extended precision and rounded to single, the root in
+ *   single.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize (roi), noxStsBadStep (the tables' steps below rw + rh + rx +
  * ry
@@ -154,8 +156,9 @@ typedef struct NoxiHaarClassifier_32s NoxiHaarClassifier_32s;
 /**
  * @name Stages of weak classifiers: creation
  * A stage of a cascade (P. Viola, M. Jones, "Rapid object detection using a boosted cascade of simple features", 2001).
- * Each classifier is a weighted sum of rectangle sums. Classifier i has counts[i] features; features and weights hold
- * one element a feature, classifier after classifier.
+ * Each classifier is a weighted sum of rectangle sums. Classifier i has counts[i] features, and thresholds[i],
+ * lowValues[i] and highValues[i] decide what it adds to the stage; features and weights hold one element a feature,
+ * classifier after classifier.
  *
  * The plain members put classifiers of two features first, those of three next and all others behind them, each group
  * in the order of the input. Float sums depend on that order. The tilted members keep the input's order and take (x, y,
@@ -193,6 +196,8 @@ NOX_API NoxStatus noxiTiltedHaarClassifierInitAlloc_32s(NoxiHaarClassifier_32s *
 
 /**
  * @name Stages of weak classifiers: care
+ * Release, size and turning of a stage.
+ *
  * Status: noxStsNullPointer; of the turning members also noxStsBadArgument for a stage that was turned before or
  * created turned.
  * @{
@@ -201,9 +206,10 @@ NOX_API NoxStatus noxiTiltedHaarClassifierInitAlloc_32s(NoxiHaarClassifier_32s *
 NOX_API NoxStatus noxiHaarClassifierFree_32f(NoxiHaarClassifier_32f *state);
 /** Frees a stage of 32-bit integers. */
 NOX_API NoxStatus noxiHaarClassifierFree_32s(NoxiHaarClassifier_32s *state);
-/** Tells the largest right and bottom coordinates of the features' corners; (0, 0) without features. */
+/** Writes to size the largest right and bottom coordinates of the features' corners, (0, 0) without features: floats.
+ */
 NOX_API NoxStatus noxiGetHaarClassifierSize_32f(const NoxiHaarClassifier_32f *state, NoxiSize *size);
-/** Tells the largest right and bottom coordinates of the features' corners; (0, 0) without features. */
+/** Writes to size the largest right and bottom coordinates of the features' corners, (0, 0) without: integers. */
 NOX_API NoxStatus noxiGetHaarClassifierSize_32s(const NoxiHaarClassifier_32s *state, NoxiSize *size);
 /**
  * Turns by 45 degrees, once, the rectangles of the classifiers whose byte in tiltMask (indexed as at creation) is not
@@ -211,7 +217,10 @@ NOX_API NoxStatus noxiGetHaarClassifierSize_32s(const NoxiHaarClassifier_32s *st
  * is.
  */
 NOX_API NoxStatus noxiTiltHaarFeatures_32f(const Nox8u *tiltMask, int tiltFlag, NoxiHaarClassifier_32f *state);
-/** The same for a stage of 32-bit integers. */
+/**
+ * Turns by 45 degrees, once, the rectangles of the chosen classifiers of a stage of 32-bit integers; tiltMask and
+ * tiltFlag as in noxiTiltHaarFeatures_32f.
+ */
 NOX_API NoxStatus noxiTiltHaarFeatures_32s(const Nox8u *tiltMask, int tiltFlag, NoxiHaarClassifier_32s *state);
 /** @} */
 

@@ -30,9 +30,9 @@ NOX_BEGIN_DECLS
  * outside 0 to 2). noxiGetDistanceTransformMask tests the norm first.
  * @{
  */
-/** Integer weights. */
+/** Integer weights of a chamfer transform. */
 NOX_API NoxStatus noxiGetDistanceTransformMask_32s(int kernelSize, int norm, Nox32s *metrics);
-/** Single-precision weights. */
+/** Single-precision weights of a chamfer transform. */
 NOX_API NoxStatus noxiGetDistanceTransformMask_32f(int kernelSize, int norm, Nox32f *metrics);
 /** Single-precision weights for maskType = 10 kernelSize + norm. */
 NOX_API NoxStatus noxiGetDistanceTransformMask(int maskType, Nox32f *metrics);
@@ -67,72 +67,72 @@ NOX_API NoxStatus noxiGetDistanceTransformMask(int maskType, Nox32f *metrics);
  * 16u and 32f), noxStsBadMetric (a weight that is not greater than 0).
  * @{
  */
-/** 3x3, bytes. */
+/** 3x3 chamfer distances: bytes to bytes. */
 NOX_API NoxStatus noxiDistanceTransform_3x3_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                                    const Nox32s *metrics);
-/** 5x5, bytes. */
+/** 5x5 chamfer distances: bytes to bytes. */
 NOX_API NoxStatus noxiDistanceTransform_5x5_8u_C1R(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep, NoxiSize roi,
                                                    const Nox32s *metrics);
-/** 3x3, bytes to 16-bit distances. */
+/** 3x3 chamfer distances: bytes to 16-bit distances. */
 NOX_API NoxStatus noxiDistanceTransform_3x3_8u16u_C1R(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep,
                                                       NoxiSize roi, const Nox32s *metrics);
-/** 5x5, bytes to 16-bit distances. */
+/** 5x5 chamfer distances: bytes to 16-bit distances. */
 NOX_API NoxStatus noxiDistanceTransform_5x5_8u16u_C1R(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep,
                                                       NoxiSize roi, const Nox32s *metrics);
-/** 3x3, bytes to single-precision distances. */
+/** 3x3 chamfer distances: bytes to single-precision distances. */
 NOX_API NoxStatus noxiDistanceTransform_3x3_8u32f_C1R(const Nox8u *src, int srcStep, Nox32f *dst, int dstStep,
                                                       NoxiSize roi, const Nox32f *metrics);
-/** 5x5, bytes to single-precision distances. */
+/** 5x5 chamfer distances: bytes to single-precision distances. */
 NOX_API NoxStatus noxiDistanceTransform_5x5_8u32f_C1R(const Nox8u *src, int srcStep, Nox32f *dst, int dstStep,
                                                       NoxiSize roi, const Nox32f *metrics);
-/** 3x3, bytes in place. */
+/** 3x3 chamfer distances: bytes, in place. */
 NOX_API NoxStatus noxiDistanceTransform_3x3_8u_C1IR(Nox8u *srcDst, int srcDstStep, NoxiSize roi, const Nox32s *metrics);
-/** 5x5, bytes in place. */
+/** 5x5 chamfer distances: bytes, in place. */
 NOX_API NoxStatus noxiDistanceTransform_5x5_8u_C1IR(Nox8u *srcDst, int srcDstStep, NoxiSize roi, const Nox32s *metrics);
 /** @} */
 
 /**
  * @name Parallel forms of the chamfer transforms
  * What the functions above run on two threads: the halves above and below row height / 2 are swept towards it, that row
- * is repaired, and the halves are swept away from it. They test no argument, and are right for weights that the
- * functions above would take them for: a <= b in 3x3 and ordered weights in 5x5 transforms. Any team gives the same
- * result.
+ * is repaired, and the halves are swept away from it. metrics holds the weights as above. They test no argument, and
+ * are right for weights that the functions above would take them for: a <= b in 3x3 and ordered weights in 5x5
+ * transforms. Any team gives the same result.
  *
  * Status: always noxStsNoError.
  * @{
  */
-/** 3x3, bytes. */
+/** 3x3 chamfer distances on two threads: bytes to bytes. */
 NOX_API NoxStatus noxiDistanceTransform_3x3_8u_C1R_omp(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                        NoxiSize roi, const Nox32s *metrics);
-/** 5x5, bytes. */
+/** 5x5 chamfer distances on two threads: bytes to bytes. */
 NOX_API NoxStatus noxiDistanceTransform_5x5_8u_C1R_omp(const Nox8u *src, int srcStep, Nox8u *dst, int dstStep,
                                                        NoxiSize roi, const Nox32s *metrics);
-/** 3x3, bytes to 16-bit distances. */
+/** 3x3 chamfer distances on two threads: bytes to 16-bit distances. */
 NOX_API NoxStatus noxiDistanceTransform_3x3_8u16u_C1R_omp(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep,
                                                           NoxiSize roi, const Nox32s *metrics);
-/** 5x5, bytes to 16-bit distances. */
+/** 5x5 chamfer distances on two threads: bytes to 16-bit distances. */
 NOX_API NoxStatus noxiDistanceTransform_5x5_8u16u_C1R_omp(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep,
                                                           NoxiSize roi, const Nox32s *metrics);
-/** 3x3, bytes to single-precision distances. */
+/** 3x3 chamfer distances on two threads: bytes to single-precision distances. */
 NOX_API NoxStatus noxiDistanceTransform_3x3_8u32f_C1R_omp(const Nox8u *src, int srcStep, Nox32f *dst, int dstStep,
                                                           NoxiSize roi, const Nox32f *metrics);
-/** 5x5, bytes to single-precision distances. */
+/** 5x5 chamfer distances on two threads: bytes to single-precision distances. */
 NOX_API NoxStatus noxiDistanceTransform_5x5_8u32f_C1R_omp(const Nox8u *src, int srcStep, Nox32f *dst, int dstStep,
                                                           NoxiSize roi, const Nox32f *metrics);
 /** @} */
 
 /**
  * @name Buffer sizes of the true distance transforms
- * With T the thread count: 8u32f (24 max(w4, h4) + 56) T bytes, w4 and h4 the sides rounded up to multiples of 4; 8u16u
- * (6 max(w8, h8) + 6) 4 T + 4 w8 height + 32 bytes, w8 and h8 rounded up to multiples of 8. To be asked again when the
- * thread count grows.
+ * Writes to size, with T the thread count: 8u32f (24 max(w4, h4) + 56) T bytes, w4 and h4 the sides rounded up to
+ * multiples of 4; 8u16u (6 max(w8, h8) + 6) 4 T + 4 w8 height + 32 bytes, w8 and h8 rounded up to multiples of 8. To be
+ * asked again when the thread count grows.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize (a side below 1, or a size beyond 2147483647).
  * @{
  */
-/** Buffer of noxiTrueDistanceTransform_8u32f_C1R. */
+/** Bytes of the work buffer of noxiTrueDistanceTransform_8u32f_C1R. */
 NOX_API NoxStatus noxiTrueDistanceTransformGetBufferSize_8u32f_C1R(NoxiSize roi, int *size);
-/** Buffer of noxiTrueDistanceTransform_8u16u_C1RSfs. */
+/** Bytes of the work buffer of noxiTrueDistanceTransform_8u16u_C1RSfs. */
 NOX_API NoxStatus noxiTrueDistanceTransformGetBufferSize_8u16u_C1RSfs(NoxiSize roi, int *size);
 /** @} */
 
@@ -154,17 +154,17 @@ NOX_API NoxStatus noxiTrueDistanceTransformGetBufferSize_8u16u_C1RSfs(NoxiSize r
  * Status, in this order: noxStsNullPointer (src, dst, buffer), noxStsBadSize, noxStsBadStep, noxStsOddStep (dstStep).
  * @{
  */
-/** Bytes to single-precision distances. */
+/** Euclidean distances: bytes to single-precision distances. */
 NOX_API NoxStatus noxiTrueDistanceTransform_8u32f_C1R(const Nox8u *src, int srcStep, Nox32f *dst, int dstStep,
                                                       NoxiSize roi, Nox8u *buffer);
-/** Bytes to rounded and scaled 16-bit distances. */
+/** Euclidean distances: bytes to rounded and scaled 16-bit distances. */
 NOX_API NoxStatus noxiTrueDistanceTransform_8u16u_C1RSfs(const Nox8u *src, int srcStep, Nox16u *dst, int dstStep,
                                                          NoxiSize roi, int scaleFactor, Nox8u *buffer);
 /** @} */
 
 /**
- * Tells the bytes of noxiFastMarching_8u32f_C1R's buffer: 5 height + 50 + (height + 2) S, S the width rounded up to a
- * multiple of 32.
+ * Writes to size the bytes of noxiFastMarching_8u32f_C1R's buffer: 5 height + 50 + (height + 2) S, S the width rounded
+ * up to a multiple of 32.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize (a side below 1, or a size beyond 2147483647).
  */

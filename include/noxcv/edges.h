@@ -79,10 +79,12 @@ NOX_API NoxStatus noxiCanny_32f8u_C1R(const Nox32f *srcDx, int srcDxStep, const 
                                       Nox8u *dst, int dstStep, NoxiSize roi, Nox32f lowThreshold, Nox32f highThreshold,
                                       Nox8u *buffer);
 /**
- * Writes the bytes of the detector's work buffer for an image of this size, for both members. The sum is taken in
- * 32-bit arithmetic and wraps for images beyond that.
+ * Writes to bufferSize the bytes of the detector's work buffer for images of this size, for both members: with w and h
+ * its sides, (5 * h + 10) * (w + 2) + (4 * w + 24) * 4 + 64, and from a side of 65533 on 9 * (h + 2) * (w + 2) in place
+ * of the first term. Of a size beyond 2147483647 the low 32 bits are written, and the detector refuses the image with
+ * noxStsBadSize.
  *
- * Status: noxStsNullPointer, noxStsBadSize.
+ * Status, in this order: noxStsNullPointer (bufferSize), noxStsBadSize (a side below 1).
  */
 NOX_API NoxStatus noxiCannyGetSize(NoxiSize roi, int *bufferSize);
 /** @} */

@@ -20,48 +20,50 @@ NOX_BEGIN_DECLS
 
 /**
  * @name Sizes of the pipelines' work buffers, in bytes
- * n * 32 + n * (height + kernelSize) * sizeof(void *) + n * S, with n the thread count and S the scratch of one thread:
+ * Writes to size n * 32 + n * (height + kernelSize) * sizeof(void *) + n * S, with n the thread count and S the scratch
+ * of one thread:
  * for K = kernelSize, rows 8u16s: 4K + 32 (C3: 12K + 32); 16s: 48K + 80 (C3: 28K + 32); Low: 24K + 64 (C3: 208K + 64);
  * 32f: 16K + 32 (C3: 192K + 32). Columns 16s, 16s8u, 16s8s: 4K + 32; Low: 32; 32f: 0.
  *
- * Status: noxStsNullPointer (size), noxStsBadSize (width, height or kernelSize below 1), in this order.
+ * Status, in this order: noxStsNullPointer (size), noxStsBadSize (width, height or kernelSize below 1); noxStsBadSize,
+ * and nothing stored, when the size exceeds 2147483647.
  * @{
  */
-/** Work buffer of noxiFilterRowBorderPipeline_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_8u16s_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterRowBorderPipeline_8u16s_C3R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_8u16s_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_8u16s_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterRowBorderPipeline_16s_C1R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_16s_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_16s_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterRowBorderPipeline_16s_C3R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_16s_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_16s_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterRowBorderPipeline_Low_16s_C1R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_Low_16s_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterRowBorderPipeline_Low_16s_C3R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_Low_16s_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterRowBorderPipeline_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_32f_C1R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_32f_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterRowBorderPipeline_32f_C3R. */
+/** Bytes of the work buffer of noxiFilterRowBorderPipeline_32f_C3R. */
 NOX_API NoxStatus noxiFilterRowBorderPipelineGetBufferSize_32f_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_16s_C1R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_16s_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_16s_C3R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_16s_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_16s8u_C1R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_16s8u_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8u_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_16s8u_C3R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_16s8u_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8u_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_16s8s_C1R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_16s8s_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8s_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_16s8s_C3R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_16s8s_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_16s8s_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_Low_16s_C1R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_Low_16s_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_Low_16s_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_Low_16s_C3R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_Low_16s_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_Low_16s_C3R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_32f_C1R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_32f_C1R(NoxiSize roi, int kernelSize, int *size);
-/** Work buffer of noxiFilterColumnPipeline_32f_C3R. */
+/** Bytes of the work buffer of noxiFilterColumnPipeline_32f_C3R. */
 NOX_API NoxStatus noxiFilterColumnPipelineGetBufferSize_32f_C3R(NoxiSize roi, int kernelSize, int *size);
 /** @} */
 
@@ -112,12 +114,12 @@ NOX_API NoxStatus noxiFilterRowBorderPipeline_16s_C1R(const Nox16s *src, int src
 NOX_API NoxStatus noxiFilterRowBorderPipeline_16s_C3R(const Nox16s *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                       const Nox16s *kernel, int kernelSize, int xAnchor, int borderType,
                                                       const Nox16s *borderValue, int divisor, Nox8u *buffer);
-/** Rows filtered with a sum that wraps: 16-bit signed, one channel. */
+/** Rows filtered in wrapping sums, scaled by a 14-bit reciprocal and cut to 16 bits: 16-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_Low_16s_C1R(const Nox16s *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                           const Nox16s *kernel, int kernelSize, int xAnchor,
                                                           int borderType, Nox16s borderValue, int divisor,
                                                           Nox8u *buffer);
-/** Rows filtered with a sum that wraps: 16-bit signed, three channels. */
+/** Rows filtered in wrapping sums, scaled by a 14-bit reciprocal and cut to 16 bits: 16-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterRowBorderPipeline_Low_16s_C3R(const Nox16s *src, int srcStep, Nox16s **rows, NoxiSize roi,
                                                           const Nox16s *kernel, int kernelSize, int xAnchor,
                                                           int borderType, const Nox16s *borderValue, int divisor,
@@ -168,11 +170,11 @@ NOX_API NoxStatus noxiFilterColumnPipeline_16s8s_C1R(const Nox16s **rows, Nox8s 
 /** Columns filtered: 16-bit signed to 8-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterColumnPipeline_16s8s_C3R(const Nox16s **rows, Nox8s *dst, int dstStep, NoxiSize roi,
                                                      const Nox16s *kernel, int kernelSize, int divisor, Nox8u *buffer);
-/** Columns filtered with a sum that wraps: 16-bit signed, one channel. */
+/** Columns filtered in wrapping sums, divided and cut to 16 bits: 16-bit signed, one channel. */
 NOX_API NoxStatus noxiFilterColumnPipeline_Low_16s_C1R(const Nox16s **rows, Nox16s *dst, int dstStep, NoxiSize roi,
                                                        const Nox16s *kernel, int kernelSize, int divisor,
                                                        Nox8u *buffer);
-/** Columns filtered with a sum that wraps: 16-bit signed, three channels. */
+/** Columns filtered in wrapping sums, divided and cut to 16 bits: 16-bit signed, three channels. */
 NOX_API NoxStatus noxiFilterColumnPipeline_Low_16s_C3R(const Nox16s **rows, Nox16s *dst, int dstStep, NoxiSize roi,
                                                        const Nox16s *kernel, int kernelSize, int divisor,
                                                        Nox8u *buffer);
@@ -186,74 +188,83 @@ NOX_API NoxStatus noxiFilterColumnPipeline_32f_C3R(const Nox32f **rows, Nox32f *
 
 /**
  * @name Sizes of the border filters' work buffers, in bytes
- * mask is noxMskSize3x3 or noxMskSize5x5; the Scharr filters are 3x3. Each function sizes the filter of its name.
+ * mask is noxMskSize3x3 or noxMskSize5x5; the Scharr filters are 3x3. Each function writes to size what the filter of
+ * its name needs for images of size roi, for n threads:
  *
- * Status: noxStsNullPointer (size), noxStsBadSize, noxStsBadMaskSize, in this order.
+ *     n * ((2 * K + 15) * R + L * ((3 * K + 30) * P) + A + 32 + n * (2 * (32 + (height + K) * P) + S) + M)
+ *
+ * K is 3 or 5, and P the bytes of a pointer. With w16 and w4 the width rounded up to multiples of 16 and 4: R, a row,
+ * is 2 * w16 for 8-bit images and 4 * w4 for 32f; S is 8 * K + 64, for 32f 16 * K + 32; L is 1, A is 64, and M is 0.
+ * The Laplacian has R = 4 * w16, for 32f 8 * w16, L = 2 and A = 96; and the 8u8s one of 5x5 M = 2 * w16 * height + 32.
+ *
+ * Status, in this order: noxStsNullPointer (size), noxStsBadSize, noxStsBadMaskSize; noxStsBadSize, and nothing stored,
+ * when the size exceeds 2147483647.
  * @{
  */
-/** Work buffer of noxiFilterSobelHorizBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelHorizBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelHorizBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelHorizBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelHorizBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelHorizBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelVertBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelVertBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelVertBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelVertBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelVertBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelVertBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelNegVertBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelNegVertBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelNegVertGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelNegVertBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelNegVertBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelNegVertGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelNegVertBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelNegVertBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelNegVertGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelHorizSecondBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelHorizSecondBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelHorizSecondBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelHorizSecondBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelHorizSecondBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelHorizSecondBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelHorizSecondGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelVertSecondBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelVertSecondBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertSecondGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelVertSecondBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelVertSecondBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertSecondGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelVertSecondBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelVertSecondBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelVertSecondGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelCrossBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelCrossBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterSobelCrossGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelCrossBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelCrossBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterSobelCrossGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterSobelCrossBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterSobelCrossBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterSobelCrossGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterLaplacianBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterLaplacianBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterLaplacianGetBufferSize_8u16s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterLaplacianBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterLaplacianBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterLaplacianGetBufferSize_8u8s_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterLaplacianBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterLaplacianBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterLaplacianGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterScharrHorizBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterScharrHorizBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterScharrHorizGetBufferSize_8u16s_C1R(NoxiSize roi, int *size);
-/** Work buffer of noxiFilterScharrHorizBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterScharrHorizBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterScharrHorizGetBufferSize_8u8s_C1R(NoxiSize roi, int *size);
-/** Work buffer of noxiFilterScharrHorizBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterScharrHorizBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterScharrHorizGetBufferSize_32f_C1R(NoxiSize roi, int *size);
-/** Work buffer of noxiFilterScharrVertBorder_8u16s_C1R. */
+/** Bytes of the work buffer of noxiFilterScharrVertBorder_8u16s_C1R. */
 NOX_API NoxStatus noxiFilterScharrVertGetBufferSize_8u16s_C1R(NoxiSize roi, int *size);
-/** Work buffer of noxiFilterScharrVertBorder_8u8s_C1R. */
+/** Bytes of the work buffer of noxiFilterScharrVertBorder_8u8s_C1R. */
 NOX_API NoxStatus noxiFilterScharrVertGetBufferSize_8u8s_C1R(NoxiSize roi, int *size);
-/** Work buffer of noxiFilterScharrVertBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterScharrVertBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterScharrVertGetBufferSize_32f_C1R(NoxiSize roi, int *size);
-/** Work buffer of noxiFilterLowpassBorder_8u_C1R. */
+/** Bytes of the work buffer of noxiFilterLowpassBorder_8u_C1R. */
 NOX_API NoxStatus noxiFilterLowpassGetBufferSize_8u_C1R(NoxiSize roi, int mask, int *size);
-/** Work buffer of noxiFilterLowpassBorder_32f_C1R. */
+/** Bytes of the work buffer of noxiFilterLowpassBorder_32f_C1R. */
 NOX_API NoxStatus noxiFilterLowpassGetBufferSize_32f_C1R(NoxiSize roi, int mask, int *size);
 /** @} */
 
 /**
  * @name Sobel, Scharr and Laplacian filters
- * One channel. Each filter is a row kernel followed by a column kernel (I. Sobel, 1968; H. Scharr, 2000):
+ * One channel; mask is noxMskSize3x3 or noxMskSize5x5, where there is a choice. Each filter is a row kernel followed by
+ * a column kernel (I. Sobel, 1968; H. Scharr, 2000):
  *
  * | filter           | 3x3: rows; columns              | 5x5: rows; columns                    |
  * |------------------|---------------------------------|---------------------------------------|
@@ -392,7 +403,7 @@ NOX_API NoxStatus noxiFilterScharrVertBorder_32f_C1R(const Nox32f *src, int srcS
  * @name Low-pass filters: the mean of the 3x3 or 5x5 neighbourhood
  * 8u: with s the sum, 3x3 gives (7280 s + 36400) >> 16 and 5x5 gives 2621 s >> 16; a flat image of 255 thus gives 254
  * at 5x5. 32f: the row sums rounded to single; then their sum times 0.11111111F or 0.04F in extended precision, rounded
- * once. Border and threads as in the Sobel filters (no divisor).
+ * once. mask is noxMskSize3x3 or noxMskSize5x5. borderType and borderValue, and threads, as in the Sobel filters.
  *
  * Status: noxStsNullPointer (src, dst, buffer), noxStsBadSize, noxStsBadStep, noxStsOddStep (32f images),
  * noxStsBadArgument (borderType), noxStsBadMaskSize, in this order.
@@ -408,10 +419,11 @@ NOX_API NoxStatus noxiFilterLowpassBorder_32f_C1R(const Nox32f *src, int srcStep
 /** @} */
 
 /**
- * Size of the Gaussian filter's work buffer, in bytes: ((width rounded up to 4, plus K) * (height + K) + K) * 4 + 64,
- * with K = kernelSize.
+ * Writes to size the bytes of the Gaussian filter's work buffer: ((w4 + K) * (height + K) + K) * 4 + 64, with w4 the
+ * width rounded up to a multiple of 4 and K = kernelSize.
  *
- * Status: noxStsNullPointer (size), noxStsBadSize, noxStsBadArgument (kernelSize below 3 or even), in this order.
+ * Status, in this order: noxStsNullPointer (size), noxStsBadSize, noxStsBadArgument (kernelSize below 3 or even);
+ * noxStsBadSize, and nothing stored, when the size exceeds 2147483647.
  */
 NOX_API NoxStatus noxiFilterGaussGetBufferSize_32f_C1R(NoxiSize roi, int kernelSize, int *size);
 
@@ -419,10 +431,15 @@ NOX_API NoxStatus noxiFilterGaussGetBufferSize_32f_C1R(NoxiSize roi, int kernelS
  * Gaussian filter of any odd size, one channel: rows, then columns, all in single precision with the products added in
  * ascending order. The edge pixels are repeated outside the image whatever borderType and borderValue say.
  *
- * Tap i is exp(-(i - K/2)^2 / (2 sigma^2)) over the sum of those values for i = 0 to K, that is of one value more than
- * there are taps: the taps add up to less than 1, and a flat image comes out darker by the share of that value. From
- * kernelSize 11 on, whole groups of 8 taps from the first one at a 16-byte boundary of the buffer on are multiplied by
- * an approximate reciprocal of the sum (an estimate and one Newton step) instead of divided by it.
+ * sigma is the standard deviation in pixels. It is squared, so its sign does not matter, and it is not tested: with a
+ * sigma of 0 the centre's exponent is 0 / 0, and the whole image becomes not-a-numbers, as with a sigma that is one. An
+ * infinite sigma makes all taps 1 / (K + 1).
+ *
+ * Tap i, with K = kernelSize and K/2 rounded down, is exp(-(i - K/2)^2 / (2 sigma^2)) over the sum of those values for
+ * i = 0 to K, that is of one value more than there are taps: the taps add up to less than 1, and a flat image comes out
+ * darker by the share of that value. From kernelSize 11 on, whole groups of 8 taps from the first one at a 16-byte
+ * boundary of the buffer on are multiplied by an approximate reciprocal of the sum (an estimate and one Newton step)
+ * instead of divided by it.
  *
  * Status: noxStsNullPointer (src, dst, buffer), noxStsBadSize, noxStsBadStep (a step below the width, both in plain
  * numbers), noxStsBadArgument (kernelSize below 3 or even), in this order. Runs on the calling thread.
@@ -433,16 +450,17 @@ NOX_API NoxStatus noxiFilterGaussBorder_32f_C1R(const Nox32f *src, int srcStep, 
 
 /**
  * @name Taps of a Sobel kernel of any odd size
- * kernelSize taps: the binomial smoothing of that size, differentiated dx times; negated when sign is negative. 3 and 1
- * give -1 0 1; 5 and 0 give 1 4 6 4 1. 16s keeps the low 16 bits; 32f rounds each addition to single.
+ * Writes kernelSize taps: the binomial smoothing of that size, differentiated dx times; negated when sign is negative.
+ * A kernelSize of 3 and a dx of 1 give -1 0 1; 5 and 0 give 1 4 6 4 1. 16s keeps the low 16 bits; 32f rounds each
+ * addition to single.
  *
  * Status: noxStsNullPointer (kernel), noxStsBadSize (kernelSize below 1 or even, dx outside 0 to kernelSize - 1), in
  * this order.
  * @{
  */
-/** Taps as 16-bit integers. */
+/** Taps of a Sobel kernel as 16-bit integers. */
 NOX_API NoxStatus noxiGenSobelKernel_16s(Nox16s *kernel, int kernelSize, int dx, int sign);
-/** Taps as floats. */
+/** Taps of a Sobel kernel in single precision. */
 NOX_API NoxStatus noxiGenSobelKernel_32f(Nox32f *kernel, int kernelSize, int dx, int sign);
 /** @} */
 

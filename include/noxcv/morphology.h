@@ -206,10 +206,12 @@ NOX_API NoxStatus noxiMorphologyInit_32f_C4R(int roiWidth, const Nox8u *mask, No
 
 /**
  * @name Allocating a morphology state
- * Builds the state in a block from noxsMalloc_8u, as large as this mask and anchor need. noxiMorphologyFree releases
- * it.
+ * Builds the state of a mask of maskSize cells with this anchor, for rows of up to roiWidth pixels, in a block from
+ * noxsMalloc_8u, as large as this mask and anchor need. noxiMorphologyFree releases it.
  *
- * Status: as for building, and noxStsNoMemory at the end, with *state left as it was.
+ * Status, in this order: noxStsNullPointer (mask), noxStsBadSize when roiWidth or a side of maskSize is below 1,
+ * noxStsBadAnchor when the anchor is no cell of the mask, noxStsNullPointer (state), noxStsBadSize when the state would
+ * exceed the largest int, noxStsNoMemory, with *state left as it was.
  * @{
  */
 /** Allocates and builds a state for 8-bit pixels, one channel. */
@@ -360,7 +362,8 @@ NOX_API NoxStatus noxiMorphAdvInit_32f_C4R(NoxiMorphAdvState *state, NoxiSize ro
 
 /**
  * @name Allocating a compound state
- * Builds the state in a block from noxsMalloc_8u. noxiMorphAdvFree releases it.
+ * Builds the state for images of size roi and a mask of maskSize cells with this anchor, in a block from noxsMalloc_8u.
+ * noxiMorphAdvFree releases it.
  *
  * Status: noxStsNullPointer (state), noxStsNoMemory, then as for building. *state is written only on success.
  * @{
@@ -585,9 +588,9 @@ NOX_API NoxStatus noxiGrayErodeBorder_32f_C1R(const Nox32f *src, int srcStep, No
  * largest int.
  * @{
  */
-/** Bytes for 8-bit images. */
+/** Bytes of the buffer of reconstruction for 8-bit images. */
 NOX_API NoxStatus noxiMorphReconstructGetBufferSize_8u_C1(NoxiSize roi, int *size);
-/** Bytes for single-precision images. */
+/** Bytes of the buffer of reconstruction for single-precision images. */
 NOX_API NoxStatus noxiMorphReconstructGetBufferSize_32f_C1(NoxiSize roi, int *size);
 /** @} */
 

@@ -199,7 +199,7 @@ NOX_API NoxStatus noxiCopy_32f_C4R(const Nox32f *src, int srcStep, Nox32f *dst, 
 NOX_API NoxStatus noxiSet_8u_C1R(Nox8u value, Nox8u *dst, int dstStep, NoxiSize roi);
 
 /**
- * Copies a region into a larger one and sets the rest to value.
+ * Copies a region of size srcRoi into a larger one of size dstRoi and sets the rest to value.
  *
  * The first pixel of src lands in row topBorderHeight, column leftBorderWidth of dst; the borders below and to the
  * right are what dstRoi leaves. One channel; src and dst may not overlap.
@@ -213,8 +213,9 @@ NOX_API NoxStatus noxiCopyConstBorder_8u_C1R(const Nox8u *src, int srcStep, Noxi
 
 /**
  * @name Copy with replicated border
- * Copies a region into a larger one; each pixel of the border is the nearest pixel of the source. Placement and
- * checks are those of noxiCopyConstBorder_8u_C1R. One, three or four interleaved channels. The 32s forms move
+ * Copies a region of size srcRoi into a larger one of size dstRoi, to row topBorderHeight and column leftBorderWidth;
+ * each pixel of the border is the nearest pixel of the source. Placement and checks are those of
+ * noxiCopyConstBorder_8u_C1R. One, three or four interleaved channels. The 32s forms move
  * bit patterns, so they serve Nox32f images too; their steps may be any positive numbers of bytes.
  *
  * Status: noxStsNullPointer; noxStsBadStep when a step is below 1; noxStsBadSize when a width or height is below 1,
@@ -249,9 +250,12 @@ NOX_API NoxStatus noxiCopyReplicateBorder_32s_C4R(const Nox32s *src, int srcStep
 
 /**
  * @name Replicated border around a region in place
- * As the copies above for a source that already stands at its place: srcDst is the first pixel of the source region
- * inside a larger image of the caller's, and the border is written around it, at negative offsets above and to the
- * left. Statuses as above.
+ * As the copies above for a source that already stands at its place: srcDst is the first pixel of the source region, of
+ * size srcRoi, inside a larger image of the caller's, of size dstRoi. The border is written around it, topBorderHeight
+ * rows and leftBorderWidth columns of it at negative offsets above and to the left.
+ *
+ * Status: noxStsNullPointer; noxStsBadStep when the step is below 1; noxStsBadSize when a width or height is below 1,
+ * when topBorderHeight or leftBorderWidth is negative, or when the source does not fit at its place; in this order.
  * @{
  */
 /** Nearest edge pixel around the region itself: 8-bit unsigned, one channel. */

@@ -91,18 +91,20 @@ NOX_API NoxStatus noxiPyrUp_Gauss5x5_32f_C3R(const Nox32f *src, int srcStep, Nox
 
 /**
  * @name Buffer sizes of the Gaussian sampling
- * Writes the bytes of the work buffer for a source of this width: six rows of (width * channels * 4 + 15) & ~15 bytes
- * for down sampling, three of (2 * width * channels * 4 + 15) & ~15 for up sampling, and 32.
+ * Writes to bufferSize the bytes of the work buffer for a source of this width: for down sampling six rows of
+ * width * channels * 4 bytes, rounded up to a multiple of 16, and 32; for up sampling three rows of
+ * 2 * width * channels * 4 bytes, rounded up likewise, and 32.
  *
- * @param dataType  1 for 8u, 3 for 8s, 13 for 32f; the size does not depend on it.
+ * @param dataType  noxType8u (1), noxType8s (3) or noxType32f (13); the size does not depend on it.
  * @param channels  1 or 3.
  *
- * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadChannelCount, noxStsBadDataType.
+ * Status, in this order: noxStsNullPointer (bufferSize), noxStsBadSize (width below 1), noxStsBadChannelCount,
+ * noxStsBadDataType; noxStsBadSize, and nothing stored, when the size exceeds 2147483647.
  * @{
  */
-/** Work buffer of noxiPyrDown_Gauss5x5 for a source of this width. */
+/** Bytes of the work buffer of noxiPyrDown_Gauss5x5 for a source of this width. */
 NOX_API NoxStatus noxiPyrDownGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize);
-/** Work buffer of noxiPyrUp_Gauss5x5 for a source of this width. */
+/** Bytes of the work buffer of noxiPyrUp_Gauss5x5 for a source of this width. */
 NOX_API NoxStatus noxiPyrUpGetBufSize_Gauss5x5(int width, int dataType, int channels, int *bufferSize);
 /** @} */
 
@@ -124,11 +126,19 @@ typedef struct NoxiPyramidLayerState NoxiPyramidLayerState;
 
 /**
  * @name Sizes of neighbouring levels
- * noxiGetPyramidUpROI writes the smallest and the largest size that a level may have above one of size roi: for each
- * side of length n, from max(trunc((n - 1) rate) + 1, n + 1), or 1 when n is 1, to max(n + 1, trunc(n rate)), the
- * products in single precision. noxiGetPyramidDownROI writes the size below one of size roi: for each
- * side of length n, m = max(trunc(n / rate + 0.5), 1) in single precision, then m is lowered while n lies below the
- * range that noxiGetPyramidUpROI gives for m (and m is above 1), and raised while n lies above it.
+ * noxiGetPyramidUpROI writes the smallest and the largest size that a level may have above one of size roi to dstRoiMin
+ * and dstRoiMax: for each side of length n
+ *
+ *     smallest(n) = max(trunc((n - 1) rate) + 1, n + 1), and 1 when n is 1
+ *     largest(n)  = max(trunc(n rate), n + 1)
+ *
+ * with the products in single precision. noxiGetPyramidDownROI writes the size below one of size roi to dstRoi: for
+ * each side of length n it begins with
+ *
+ *     m = max(trunc(n / rate + 0.5), 1)
+ *
+ * in single precision, and then takes 1 off m while n < smallest(m) and m > 1, and adds 1 while n > largest(m): so n is
+ * a size that noxiGetPyramidUpROI allows above m, and a layer may go down and up again between the two.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadArgument unless 1 < rate <= 10.
  * @{
@@ -148,9 +158,9 @@ NOX_API NoxStatus noxiGetPyramidUpROI(NoxiSize roi, NoxiSize *dstRoiMin, NoxiSiz
  * 1 < rate <= 10 and level >= 1, noxStsNoMemory. Of noxiPyramidFree: noxStsNullPointer.
  * @{
  */
-/** Makes a record. */
+/** Makes the record of a pyramid: sizes and scales of its levels. */
 NOX_API NoxStatus noxiPyramidInitAlloc(NoxiPyramid **pyramid, int level, NoxiSize roi, Nox32f rate);
-/** Releases a record. */
+/** Releases the record of a pyramid. */
 NOX_API NoxStatus noxiPyramidFree(NoxiPyramid *pyramid);
 /** @} */
 
@@ -158,8 +168,9 @@ NOX_API NoxStatus noxiPyramidFree(NoxiPyramid *pyramid);
  * @name States of the down layer
  * Makes the state of a layer for images up to the size roi of the source, the larger of the two. The kernel is
  * symmetric: its left half and centre are used, and noxStsKernelNotSymmetric warns when a mirrored tap differs (exactly
- * for integers, by more than the smallest normal number for Nox32f). Taps are k(0) to k(2c), the
- * centre is k(c). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
+ * for integers, by more than the smallest normal number for Nox32f). Tap k(i) is
+ * kernel[i]: k(0) is the outermost tap on the left, k(c) with c = kernelSize / 2 the centre, and k(2c) the outermost on
+ * the right, for which k(0) stands. With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
  * Integer taps get 13 fractional bits: ((k(i) * 16384) / sum) >> 1, the division truncating toward zero; Nox32f taps
  * are divided by the sum.
  *
@@ -239,8 +250,9 @@ NOX_API NoxStatus noxiPyramidLayerDown_32f_C3R(const Nox32f *src, int srcStep, N
  * @name States of the up layer
  * Makes the state of a layer for images up to the size roi of the destination, the larger of the two. The kernel is
  * symmetric: its left half and centre are used, and noxStsKernelNotSymmetric warns when a mirrored tap differs (exactly
- * for integers, by more than the smallest normal number for Nox32f). Taps are k(0) to k(2c), the
- * centre is k(c). With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
+ * for integers, by more than the smallest normal number for Nox32f). Tap k(i) is
+ * kernel[i]: k(0) is the outermost tap on the left, k(c) with c = kernelSize / 2 the centre, and k(2c) the outermost on
+ * the right, for which k(0) stands. With sum = k(c) + 2 (k(0) + ... + k(c - 1)):
  * Integer taps get 13 fractional bits: trunc(4 k(i) / s2 * 8192 + 0.5) >> 1 with s2 = 2 sum, in single precision;
  * Nox32f taps are divided by the sum.
  *

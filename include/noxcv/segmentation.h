@@ -59,20 +59,21 @@ NOX_API NoxStatus noxiFloodFill_4Con_32f_C3IR(Nox32f *image, int imageStep, Noxi
 NOX_API NoxStatus noxiFloodFill_8Con_32f_C3IR(Nox32f *image, int imageStep, NoxiSize roi, NoxiPoint seed,
                                               const Nox32f *newValue, NoxiConnectedRegion *region, Nox8u *buffer);
 /**
- * Writes the bytes of the buffer for the fills above and for those in a range: width * height * 6 + 32. Beyond an int
- * the low 32 bits are written, and the fills refuse the image.
+ * Writes to size the bytes of the buffer for the fills above and for those in a range: width * height * 6 + 32. Of a
+ * size beyond 2147483647 the low 32 bits are written, and the fills refuse the image with noxStsBadSize.
  *
- * Status: noxStsNullPointer, noxStsBadSize.
+ * Status, in this order: noxStsNullPointer (size), noxStsBadSize (a side below 1).
  */
 NOX_API NoxStatus noxiFloodFillGetSize(NoxiSize roi, int *size);
 /** @} */
 
 /**
  * @name Flood fill of pixels in a range around the seed
- * As above, for the connected region of pixels whose channels all lie from the seed's value - minDelta to the seed's
- * value + maxDelta: clamped to 0 to 255 for bytes, formed in single precision for floats, where a pixel fails if it is
- * less than the lower end or greater than the upper one (a not-a-number joins; negative deltas are taken as they are).
- * The seed itself is always filled. newValue may lie in the range: each pixel is painted and counted once.
+ * Repaints, in place, the connected region of pixels around the seed whose channels all lie from the seed's value -
+ * minDelta to the seed's value + maxDelta: clamped to 0 to 255 for bytes, formed in single precision for floats, where
+ * a pixel fails if it is less than the lower end or greater than the upper one (a not-a-number joins; negative deltas
+ * are taken as they are). The seed itself is always filled. newValue may lie in the range: each pixel is painted and
+ * counted once.
  *
  * @param buffer  of the size that noxiFloodFillGetSize tells for this roi; any alignment.
  *
@@ -163,10 +164,10 @@ NOX_API NoxStatus noxiFloodFill_Grad8Con_32f_C3IR(Nox32f *image, int imageStep, 
                                                   const Nox32f *newValue, const Nox32f *minDelta,
                                                   const Nox32f *maxDelta, NoxiConnectedRegion *region, Nox8u *buffer);
 /**
- * Writes the bytes of the buffer for the fills along gradients: (width + 2) * (height + 2) + width * height * 6 + 32.
- * Beyond an int the low 32 bits are written, and the fills refuse the image.
+ * Writes to size the bytes of the buffer for the fills along gradients: (width + 2) * (height + 2) + width * height * 6
+ * + 32. Of a size beyond 2147483647 the low 32 bits are written, and the fills refuse the image with noxStsBadSize.
  *
- * Status: noxStsNullPointer, noxStsBadSize.
+ * Status, in this order: noxStsNullPointer (size), noxStsBadSize (a side below 1).
  */
 NOX_API NoxStatus noxiFloodFillGetSize_Grad(NoxiSize roi, int *size);
 /** @} */
@@ -179,7 +180,7 @@ NOX_API NoxStatus noxiFloodFillGetSize_Grad(NoxiSize roi, int *size);
  * @{
  */
 /**
- * Labels the components and writes their number to count.
+ * Labels the components of the image markers and writes their number to count.
  *
  * @param buffer  of the size that noxiLabelMarkersGetBufferSize_8u_C1R tells for this roi; any alignment.
  *
@@ -189,18 +190,19 @@ NOX_API NoxStatus noxiFloodFillGetSize_Grad(NoxiSize roi, int *size);
 NOX_API NoxStatus noxiLabelMarkers_8u_C1IR(Nox8u *markers, int markerStep, NoxiSize roi, int minLabel, int maxLabel,
                                            int norm, int *count, Nox8u *buffer);
 /**
- * Writes the bytes of the buffer, which are those of noxiFloodFillGetSize.
+ * Writes to size the bytes of the buffer, which are those of noxiFloodFillGetSize: width * height * 6 + 32. Of a size
+ * beyond 2147483647 the low 32 bits are written, and noxiLabelMarkers_8u_C1IR refuses the image with noxStsBadSize.
  *
- * Status: noxStsNullPointer, noxStsBadSize.
+ * Status, in this order: noxStsNullPointer (size), noxStsBadSize (a side below 1).
  */
 NOX_API NoxStatus noxiLabelMarkersGetBufferSize_8u_C1R(NoxiSize roi, int *size);
 /** @} */
 
 /**
- * Draws one-pixel boundaries between labelled areas, in place: in raster order, a pixel becomes value when one of its
- * neighbours that have been passed, as it is by then, is not value and differs from the pixel. Those are the left one
- * and the one above for norm 1, the left one and the three above for norm 0. So a boundary falls on the later of two
- * pixels that differ, and none is drawn beside what is value already.
+ * Draws one-pixel boundaries between the labelled areas of markers, in place: in raster order, a pixel becomes value
+ * when one of its neighbours that have been passed, as it is by then, is not value and differs from the pixel. Those
+ * are the left one and the one above for norm 1, the left one and the three above for norm 0. So a boundary falls on
+ * the later of two pixels that differ, and none is drawn beside what is value already.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsBadArgument (norm is neither 0 nor 1).
  */
@@ -235,7 +237,10 @@ NOX_API NoxStatus noxiBoundSegments_8u_C1IR(Nox8u *markers, int markerStep, Noxi
  * @{
  */
 /**
+ * Labels grown over a relief, by queue or by cost.
+ *
  * @param src     the relief; not written.
+ * @param markers the labels.
  * @param buffer  of the size that noxiSegmentWatershedGetBufferSize_8u_C1R tells for this roi; any alignment.
  *
  * Status, in this order: noxStsNullPointer (src, markers, buffer), noxStsBadSize, noxStsBadStep, noxStsBadArgument (by
@@ -245,7 +250,7 @@ NOX_API NoxStatus noxiBoundSegments_8u_C1IR(Nox8u *markers, int markerStep, Noxi
 NOX_API NoxStatus noxiSegmentWatershed_8u_C1IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
                                                NoxiSize roi, int norm, int flag, Nox8u *buffer);
 /**
- * Writes the bytes of the buffer: with S the width rounded up to a multiple of 32, the larger of
+ * Writes to size the bytes of the watershed's buffer: with S the width rounded up to a multiple of 32, the larger of
  * (2 * height + 2) * S + 4 * S * height + height + 66 and 12 * width * height + 36 + (width + 2) * (height + 2).
  *
  * Status: noxStsNullPointer, noxStsBadSize (also beyond an int).
@@ -270,9 +275,10 @@ NOX_API NoxStatus noxiSegmentWatershedGetBufferSize_8u_C1R(NoxiSize roi, int *si
  * @{
  */
 /**
- * Growth over grey levels.
+ * Labels grown over a picture of grey levels.
  *
  * @param src     the picture; not written.
+ * @param markers the labels.
  * @param buffer  of the size that noxiSegmentGradientGetBufferSize_8u_C1R tells for this roi; any alignment.
  *
  * Status, in this order: noxStsNullPointer (src, markers, buffer), noxStsBadSize, noxStsBadStep, noxStsBadArgument
@@ -280,16 +286,29 @@ NOX_API NoxStatus noxiSegmentWatershedGetBufferSize_8u_C1R(NoxiSize roi, int *si
  */
 NOX_API NoxStatus noxiSegmentGradient_8u_C1IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
                                               NoxiSize roi, int norm, int flag, Nox8u *buffer);
-/** Growth over colours; buffer: noxiSegmentGradientGetBufferSize_8u_C3R. Status as above. */
+/**
+ * Labels grown over a picture of three channels.
+ *
+ * @param src     the picture; not written.
+ * @param markers the labels, one channel.
+ * @param buffer  of the size that noxiSegmentGradientGetBufferSize_8u_C3R tells for this roi; any alignment.
+ *
+ * Status, in this order: noxStsNullPointer (src, markers, buffer), noxStsBadSize, noxStsBadStep, noxStsBadArgument
+ * (norm is neither 0 nor 1), noxStsBadSize for an image whose buffer size an int does not hold.
+ */
 NOX_API NoxStatus noxiSegmentGradient_8u_C3IR(const Nox8u *src, int srcStep, Nox8u *markers, int markerStep,
                                               NoxiSize roi, int norm, int flag, Nox8u *buffer);
 /**
- * Writes the bytes of the buffer: 13 * width * height + 103.
+ * Writes to size the bytes of the buffer for pictures of one channel: 13 * width * height + 103.
  *
  * Status: noxStsNullPointer, noxStsBadSize (also beyond an int).
  */
 NOX_API NoxStatus noxiSegmentGradientGetBufferSize_8u_C1R(NoxiSize roi, int *size);
-/** The same for three channels: 13 * width * height + 103. Status as above. */
+/**
+ * Writes to size the bytes of the buffer for pictures of three channels: 13 * width * height + 103.
+ *
+ * Status: noxStsNullPointer, noxStsBadSize (also beyond an int).
+ */
 NOX_API NoxStatus noxiSegmentGradientGetBufferSize_8u_C3R(NoxiSize roi, int *size);
 /** @} */
 

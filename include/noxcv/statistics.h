@@ -30,7 +30,7 @@ NOX_BEGIN_DECLS
  * images of more than 2^31 / 255 pixels can reach;
  * - L2: the square root of the sum of a^2 over M.
  *
- * The result is 0 where M is empty. The maximum of a Nox32f image passes over not-a-numbers.
+ * value receives the result, 0 where M is empty. The maximum of a Nox32f image passes over not-a-numbers.
  *
  * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f images),
  * noxStsBadChannelOfInterest, noxStsNoMemory. Threads: from 131072 pixels a thread on; the C1 members of Inf for
@@ -113,8 +113,9 @@ NOX_API NoxStatus noxiNorm_L2_32f_C3CMR(const Nox32f *src, int srcStep, const No
 
 /**
  * @name Norm of the difference of two images under a mask
- * As the norms of one image, of a - b; integer differences are exact, Nox32f ones are rounded to single precision.
- * b is src2.
+ * value receives the norm, under the mask, of a - b, with a = src1 and b = src2: Inf the maximum of |a - b|, L1 the sum
+ * of |a - b|, L2 the root of the sum of (a - b)^2. Integer differences are exact, Nox32f ones are rounded to single
+ * precision; the rest is as in the norms of one image.
  *
  * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f images),
  * noxStsBadChannelOfInterest, noxStsNoMemory. Threads: from 131072 pixels a thread on; the Inf and 32f members run on
@@ -197,10 +198,10 @@ NOX_API NoxStatus noxiNormDiff_L2_32f_C3CMR(const Nox32f *src1, int src1Step, co
 
 /**
  * @name Relative difference of two images under a mask
- * The norm of a - b divided by the norm of b: one division, and for L2 one root of the quotient of the sums, in
- * extended precision, rounded to Nox64f. A denominator of 0 gives not-a-number when the numerator is 0 too, infinity
- * when it is positive and negative infinity otherwise (a not-a-number, or a sum that has wrapped), with the warning
- * noxStsDivideByZero.
+ * value receives the norm of a - b divided by the norm of b, with a = src1 and b = src2: one division, and for L2 one
+ * root of the quotient of the sums, in extended precision, rounded to Nox64f. A denominator of 0 gives not-a-number
+ * when the numerator is 0 too, infinity when it is positive and negative infinity otherwise (a not-a-number, or a sum
+ * that has wrapped), with the warning noxStsDivideByZero.
  *
  * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f images),
  * noxStsBadChannelOfInterest, noxStsNoMemory; noxStsDivideByZero with the result written. Threads: from 131072 pixels a
@@ -283,7 +284,8 @@ NOX_API NoxStatus noxiNormRel_L2_32f_C3CMR(const Nox32f *src1, int src1Step, con
 
 /**
  * @name Mean of the pixels under a mask
- * sum / count, divided in extended precision and rounded to Nox64f; 0 where the mask is empty.
+ * mean receives sum / count of the pixels under the mask, divided in extended precision and rounded to Nox64f; 0 where
+ * the mask is empty.
  *
  * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f images),
  * noxStsBadChannelOfInterest, noxStsNoMemory. Threads: from 131072 pixels a thread on.
@@ -317,11 +319,11 @@ NOX_API NoxStatus noxiMean_32f_C3CMR(const Nox32f *src, int srcStep, const Nox8u
 
 /**
  * @name Mean and standard deviation
- * With n pixels, m = sum / n and q = (sum of squares) / n, the deviation is the root of |q - m m|, all of it in
- * extended precision and rounded to Nox64f at the end: a flat integer image has a deviation of exactly 0. Where this
- * variance of a Nox32f image is below 0.05 m m, a second pass takes the root of (sum of (pixel - m)^2) / n instead,
- * with m rounded to single precision. Both are 0 where the mask is empty. mean and stdDev may each be null: that result
- * is not stored.
+ * mean receives the mean and stdDev the standard deviation. With n pixels, m = sum / n and q = (sum of squares) / n,
+ * the deviation is the root of |q - m m|, all of it in extended precision and rounded to Nox64f at the end: a flat
+ * integer image has a deviation of exactly 0. Where this variance of a Nox32f image is below 0.05 m m, a second pass
+ * takes the root of (sum of (pixel - m)^2) / n instead, with m rounded to single precision. Both are 0 where the mask
+ * is empty. mean and stdDev may each be null: that result is not stored.
  *
  * Status: noxStsNullPointer, noxStsBadSize, noxStsBadStep, noxStsOddStep (16u and 32f images),
  * noxStsBadChannelOfInterest, noxStsNoMemory. Threads: from 131072 pixels a thread on; noxiMean_StdDev_32f_C1R from

@@ -115,6 +115,24 @@ TEST(Gauss, RowsThatOverlapAreWrittenInTheirOrder) {
     EXPECT_EQ(actual, expected);
 }
 
+TEST(Gauss, SigmaIsNotTested) {
+    test::Random random(4);
+    Image<Nox32f> src(20, 9), dst(20, 9), other(20, 9);
+    test::randomize(src, random);
+    const Buffer buffer(std::size_t(bufferSize({20, 9}, 5)));
+    const auto run = [&](const Image<Nox32f> &to, Nox32f sigma) {
+        return noxiFilterGaussBorder_32f_C1R(src.data(), src.step(), to.data(), to.step(), {20, 9}, 5, sigma, 1, 0,
+                                             buffer.data());
+    };
+    ASSERT_EQ(run(dst, 1.5F), noxStsNoError);
+    ASSERT_EQ(run(other, -1.5F), noxStsNoError);
+    EXPECT_TRUE(test::sameImage(dst, other));
+    ASSERT_EQ(run(dst, 0.0F), noxStsNoError);
+    for (int y = 0; y < 9; ++y)
+        for (int x = 0; x < 20; ++x)
+            EXPECT_TRUE(std::isnan(Nox32f(dst.at(x, y)))) << x << ' ' << y;
+}
+
 TEST(Gauss, HalvesStandAlone) {
     test::Random random(3);
     for (const NoxiSize size : {NoxiSize{1, 1}, NoxiSize{50, 7}, NoxiSize{3, 300}}) {

@@ -7,7 +7,7 @@
 
 namespace nox {
 
-inline constexpr int dataType8u = 1, dataType8s = 3, dataType16u = 5, dataType32f = 13;
+inline constexpr int dataType8u = noxType8u, dataType8s = noxType8s, dataType16u = noxType16u, dataType32f = noxType32f;
 
 /// The number of a type.
 template <class T>
