@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
-#include <limits>
-#include <type_traits>
 
-#include "bench.h"
+#include "fixedinputs.h"
 #include "noxcore.h"
 
 namespace bench {
@@ -30,112 +27,22 @@ private:
 
 Hash hash;
 
-/// Images that are alive, in the order of their making.
-struct Watched {
-    std::weak_ptr<void> memory;
-    std::size_t bytes;
-};
-std::vector<Watched> watched;
-
-void addImages() {
-    for (const Watched &image : watched)
-        if (const auto memory = image.memory.lock())
-            hash.add(memory.get(), image.bytes);
-}
-
-/// The kind of pictures: smooth ones with a little texture, or rough ones of all values.
-enum class Kind { Smooth, Rough };
-Kind kind = Kind::Smooth;
-
-unsigned nextNoise(unsigned &noise) {
-    noise = noise * 1664525U + 1013904223U;
-    return noise >> 8;
-}
-
-/// A wave of whole numbers from 0 to 1023 without a library function, which might round differently elsewhere.
-int wave(int position, int period) {
-    const int phase = (position % period + period) % period * 2048 / period;
-    return phase < 1024 ? phase : 2047 - phase;
-}
-
-template <class T>
-T smoothElement(int x, int y, int channel, unsigned seed, unsigned noise) {
-    const int level = 3 * wave(x + 31 * channel + int(seed) * 7, 57) + 4 * wave(y + int(seed) * 13, 39) +
-                      wave(x + y, 11) + int(noise % 64); // 0 to 8254
-    if constexpr (std::is_floating_point_v<T>)
-        return T(level / 33); // whole numbers, as pictures of 8 bits give them
-    else if constexpr (sizeof(T) == 1)
-        return T(level / 33 - (std::is_signed_v<T> ? 128 : 0));
-    else
-        return T(level * 7 - (std::is_signed_v<T> ? 28000 : 0));
-}
-
-/// Integers over the whole range; floats of all 24 bits and of magnitudes that differ by up to 2^8, with zeros.
-template <class T>
-T roughElement(unsigned &noise) {
-    const unsigned value = nextNoise(noise);
-    if constexpr (std::is_floating_point_v<T>) {
-        const unsigned exponent = nextNoise(noise) % 9;
-        const T magnitude = T(value) / T(1U << (16 + exponent));
-        return nextNoise(noise) % 31 == 0 ? T(0) : nextNoise(noise) % 2 == 0 ? magnitude : -magnitude;
-    } else {
-        return T(value);
-    }
-}
-
-/// The hash of one member over all sizes, kinds and thread counts.
+/// The hash of one member over all its calls.
 std::uint64_t digest(const Member &member) {
-    constexpr NoxiSize standard[] = {{67, 45}, {130, 33}, {301, 200}, {640, 260}};
-    constexpr long long largest = 1 << 20;
-    std::vector<NoxiSize> sizes(std::begin(standard), std::end(standard));
-    if (!member.sizes.empty())
-        sizes = member.sizes;
     hash = {};
-    for (const NoxiSize size : sizes)
-        for (const Kind each : {Kind::Smooth, Kind::Rough})
-            for (const int threads : {1, 3}) {
-                if (static_cast<long long>(size.width) * size.height > largest || (threads > 1 && !member.parallel))
-                    continue;
-                kind = each;
-                watched.clear();
-                noxSetNumThreads(threads);
-                const Work work = member.make(size);
-                work.run();
-                noxSetNumThreads(1);
-                addImages();
-            }
+    for (const Case &each : casesOf(member)) {
+        noxSetNumThreads(each.threads);
+        const Work work = workOf(member, each);
+        work.run();
+        noxSetNumThreads(1);
+        visitImages([](const void *memory, std::size_t bytes) { hash.add(memory, bytes); });
+    }
     return hash.value();
 }
 
 } // namespace
 
-std::shared_ptr<void> imageMemory(std::size_t bytes) {
-    const std::shared_ptr<void> memory(std::aligned_alloc(64, (bytes + 127) / 64 * 64), std::free);
-    std::memset(memory.get(), 0x5A, bytes);
-    watched.push_back({memory, bytes});
-    return memory;
-}
-
 void keepBytes(const void *bytes, std::size_t count) { hash.add(bytes, count); }
-
-template <class T>
-Image<T> picture(NoxiSize size, int channels, unsigned seed) {
-    Image<T> image(size, channels);
-    unsigned noise = seed * 2654435761U + 1U;
-    T *element = image.data();
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x)
-            for (int channel = 0; channel < channels; ++channel)
-                *element++ = kind == Kind::Smooth ? smoothElement<T>(x, y, channel, seed, nextNoise(noise))
-                                                  : roughElement<T>(noise);
-    return image;
-}
-template Image<Nox8u> picture<Nox8u>(NoxiSize, int, unsigned);
-template Image<Nox8s> picture<Nox8s>(NoxiSize, int, unsigned);
-template Image<Nox16u> picture<Nox16u>(NoxiSize, int, unsigned);
-template Image<Nox16s> picture<Nox16s>(NoxiSize, int, unsigned);
-template Image<Nox32s> picture<Nox32s>(NoxiSize, int, unsigned);
-template Image<Nox32f> picture<Nox32f>(NoxiSize, int, unsigned);
 
 } // namespace bench
 

@@ -164,7 +164,7 @@ NOX_LANES V clearOff(V v, U8 off) {
     return (V)((U8)v & ~off);
 }
 
-/// v with the lanes that are off set to all ones: the largest integer, or a not-a-number.
+/// v with the lanes that are off set to all ones, the largest integer.
 template <class V>
 NOX_LANES V fillOff(V v, U8 off) {
     return (V)((U8)v | off);

@@ -94,6 +94,12 @@ TYPED_TEST(AbsDiff, StatusesInOrder) {
     EXPECT_EQ(call(wide.data(), row + 1, wide.data(), row, wide.data(), row, {4, 1}), odd);
     EXPECT_EQ(call(wide.data(), row, wide.data(), row, wide.data(), row + 1, {4, 1}), odd);
     EXPECT_EQ(callC(wide.data(), row, wide.data(), row + 1, {4, 1}, 1), odd);
+    // All steps are tested for their size before any is tested for its low bits.
+    EXPECT_EQ(callC(wide.data(), row + 1, wide.data(), small, {4, 1}, 1), noxStsBadStep);
+    EXPECT_EQ(callC(wide.data(), small, wide.data(), row + 1, {4, 1}, 1), noxStsBadStep);
+    EXPECT_EQ(call(wide.data(), row + 1, wide.data(), small, wide.data(), row, {4, 1}), noxStsBadStep);
+    EXPECT_EQ(call(wide.data(), row + 1, wide.data(), row, wide.data(), small, {4, 1}), noxStsBadStep);
+    EXPECT_EQ(call(wide.data(), row, wide.data(), row + 1, wide.data(), small, {4, 1}), noxStsBadStep);
     // A step that is odd and too small is too small.
     EXPECT_EQ(call(a.data(), small, a.data(), row, d.data(), row, roi), noxStsBadStep);
 }

@@ -250,6 +250,26 @@ TEST(CannyTangentsFull, ProductsDecideLikeExtendedOnes) {
         }
 }
 
+/// The first derivatives that single-precision tangent products would put into another class, and their neighbours: a
+/// run of each pair between magnitudes that make the class matter.
+TYPED_TEST(Canny, TheFirstPairsThatNarrowProductsMisjudge) {
+    using T = TypeParam;
+    const int pairs[][2] = {{3362, 8117}, {3363, 8119}, {3771, 9104}, {3770, 9102}, {6149, 14845}, {17223, 7134}};
+    for (const auto &pair : pairs)
+        for (const int above : {-1, 0, 1})
+            for (int neighbours = 0; neighbours < 4; ++neighbours) {
+                // The pixel survives in one class only: its row neighbours are larger, or its column ones are.
+                Image<T> dx(133, 3), dy(133, 3);
+                dx.generate([&](int x, int y, int) {
+                    return y == 1 && x % 4 == 1 ? pair[0] : y == 1 ? (neighbours % 2 ? 9 : 16000) : 7;
+                });
+                dy.generate([&](int x, int y, int) {
+                    return y == 1 && x % 4 == 1 ? pair[1] + above : y != 1 ? (neighbours / 2 ? 9 : 16000) : 7;
+                });
+                expectReference(dx, dy, 3, 5);
+            }
+}
+
 TYPED_TEST(Canny, LongRunsOfEveryMagnitude) {
     // Runs of 64 pixels and more, with magnitudes on both sides of the limit for short products.
     using T = TypeParam;

@@ -234,6 +234,26 @@ void compareAwkward(int rounds) {
 TEST(FilterBorder32f, AwkwardValues) { compareAwkward(4); }
 TEST(FilterBorder32fFull, AwkwardValues) { compareAwkward(150); }
 
+/// A single row, a single pixel or the border value alone is awkward; all else is small integers, whose sums are exact.
+TEST(FilterBorder32f, OneAwkwardRow) {
+    test::Random random(8);
+    constexpr int height = 12;
+    for (int awkward = -1; awkward < 2 * height; ++awkward)
+        for (int trial = 0; trial < 2; ++trial) {
+            Image<Nox32f> src(61, height);
+            const int column = int(random() % 61);
+            src.generate([&](int x, int y, int) {
+                const bool here = y == awkward || (y == awkward - height && x == column);
+                return here ? test::randomElement<Nox32f>(random) : Nox32f(int(random() % 512) - 256);
+            });
+            const Nox32f value = awkward < 0 ? test::randomElement<Nox32f>(random) : 9.0F;
+            for (const auto &form : forms32f)
+                for (const int size : sizesOf(form))
+                    for (const int border : {0, 1, 3})
+                        ASSERT_TRUE(agrees(form, size, src, border, value)) << "row " << awkward;
+        }
+}
+
 TEST(FilterBorder32f, LargeRandomImages) {
     test::Random random(4);
     for (int kind = 0; kind < 3; ++kind) {

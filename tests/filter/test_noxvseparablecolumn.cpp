@@ -285,6 +285,25 @@ void compareAwkward(int rounds) {
 TEST(ColumnPipeline32f, AwkwardValues) { compareAwkward(8); }
 TEST(ColumnPipeline32fFull, AwkwardValues) { compareAwkward(400); }
 
+/// A single row is awkward, and all others are small integers: each row of the first window, and behind it.
+TEST(ColumnPipeline32f, OneAwkwardRow) {
+    test::Random random(4);
+    for (const int kernelSize : {1, 2, 3, 4, 5, 7, 11})
+        for (int awkward = 0; awkward < kernelSize + 6; ++awkward)
+            for (const bool pixel : {false, true}) {
+                Image<Nox32f> src(61, kernelSize + 6);
+                const int column = int(random() % 61);
+                src.generate([&](int x, int y, int) {
+                    const bool here = y == awkward && (!pixel || x == column);
+                    return here ? test::randomElement<Nox32f>(random) : Nox32f(int(random() % 512) - 256);
+                });
+                std::vector<Nox32f> taps;
+                for (int j = 0; j < kernelSize; ++j)
+                    taps.push_back(Nox32f(int(random() % 15) - 7));
+                ASSERT_TRUE(agrees<Column32fC1>(src, taps, 1)) << kernelSize << " row " << awkward;
+            }
+}
+
 // 2^24 + 1 is the midpoint of two floats; what is added decides, however small, as long as 64 bits hold it.
 TEST(ColumnPipeline32f, MidpointsAreDecidedBeyondDouble) {
     for (int exponent = -10; exponent >= -40; --exponent) {

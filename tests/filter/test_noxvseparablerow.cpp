@@ -397,6 +397,54 @@ TYPED_TEST(RowPipeline, NullRowEndsTheCallWhenItIsReached) {
     EXPECT_EQ(dst.at(0, 2), 5);
 }
 
+TYPED_TEST(RowPipeline, NullRowOfALargeImageIsTold) {
+    using M = TypeParam;
+    const NoxiSize size = {1300, 1037};
+    Image<typename M::Pixel> src(size.width, size.height, M::channels);
+    src.fill(3);
+    const std::vector<typename M::Tap> taps(7, 1);
+    const typename M::Pixel value[3] = {};
+    const Setting setting = {size, 7, 3, 1, 1};
+    for (const int threads : test::threadCounts())
+        for (const int missing : {0, 517, 1036}) { // of the first, a middle and the last thread
+            const test::ThreadCount scope(threads);
+            Image<typename M::Out> dst(size.width, size.height, M::channels);
+            auto rows = test::shuffledRows(dst);
+            rows[std::size_t(missing)] = nullptr;
+            const Buffer buffer(std::size_t(queriedSize<M>(setting)));
+            ASSERT_EQ((invoke<M>(src.data(), src.step(), rows.data(), setting, taps.data(), value, buffer.data())),
+                      noxStsNullPointer)
+                << threads << " threads, row " << missing;
+        }
+}
+
+/// One awkward pixel, or the border value alone, among small integers.
+TEST(RowPipeline32f, OneAwkwardPixel) {
+    test::Random random(14);
+    for (const int kernelSize : {1, 2, 3, 4, 5, 7, 11})
+        for (int awkward = -1; awkward < 40; ++awkward) {
+            Image<Nox32f> src(40, 2);
+            src.generate([&](int x, int, int) {
+                return x == awkward ? test::randomElement<Nox32f>(random) : Nox32f(int(random() % 512) - 256);
+            });
+            std::vector<Nox32f> taps;
+            for (int j = 0; j < kernelSize; ++j)
+                taps.push_back(Nox32f(int(random() % 15) - 7));
+            const Nox32f value = awkward < 0 ? test::randomElement<Nox32f>(random) : 9.0F;
+            Image<Nox32f> actual(40, 2), expected(40, 2);
+            auto rows = test::shuffledRows(actual, 1), expectedRows = test::shuffledRows(expected, 1);
+            const int anchor = int(random() % unsigned(kernelSize));
+            const Setting setting = {{40, 2}, kernelSize, anchor, 0, 1};
+            const Buffer buffer(std::size_t(queriedSize<Row32fC1>(setting)));
+            invoke<Row32fC1>(src.data(), src.step(), rows.data(), setting, taps.data(), &value, buffer.data());
+            reference::separable::filterRows<Extended>(src.data(), src.step(), expectedRows.data(), {40, 2}, 1,
+                                                       taps.data(), kernelSize, anchor, 0, &value,
+                                                       reference::separable::Rounded());
+            ASSERT_TRUE(test::sameImage(test::unsignZeros(actual), test::unsignZeros(expected)))
+                << kernelSize << " pixel " << awkward;
+        }
+}
+
 TEST(RowPipelineLow, TwoRoundings) {
     const Nox16s pixels[] = {1, 1, 1, 1, 1, 1};
     const Nox16s three[] = {1, 1, 1}, five[] = {1, 1, 1, 0, 0};

@@ -45,6 +45,12 @@ TEST(ReplacedCore, TheLibraryFollowsItsAnswers) {
     EXPECT_EQ(runsepomp(3), 0);
     EXPECT_EQ(runsepomp(5), 0);
     EXPECT_EQ(runsepomp(7), 1);
+    for (const int kernelSize : {1, 2, 4, 6, 7, 8, 9, 11, 33, 1000}) {
+        EXPECT_EQ(runsepomp(kernelSize), 1) << kernelSize;
+        coresAnswer = 2;
+        EXPECT_EQ(runsepomp(kernelSize), 3) << kernelSize;
+        coresAnswer = 1;
+    }
     coresAnswer = 3;
     threadsAnswer = 4;
     EXPECT_EQ(owncvGetNumThreads(), 4);

@@ -86,6 +86,26 @@ TEST(Sub, DestinationMayBeEitherSource) {
     }
 }
 
+/// Pixels are done in ascending order: a destination that begins within a source reads what it has written.
+TEST(Sub, OverlappingImagesGoInAscendingOrder) {
+    test::Random random(6);
+    for (const int shift : {-40, -16, -3, -1, 1, 2, 7, 16, 31, 32, 40})
+        for (const int scale : {0, 1, 2, 9, -1})
+            for (const bool first : {true, false}) {
+                Image<Nox8u> a(300, 1), b(300, 1);
+                test::randomize(a, random);
+                test::randomize(b, random);
+                Image<Nox8u> a2(a), b2(b);
+                const int from = 60, n = 150;
+                Nox8u *d = (first ? a : b).data() + from + shift, *expected = (first ? a2 : b2).data() + from + shift;
+                for (int x = 0; x < n; ++x)
+                    expected[x] = reference::elementwise::subtract(a2.data()[from + x], b2.data()[from + x], scale);
+                noxiSub_8u_C1RSfs(a.data() + from, 300, b.data() + from, 300, d, 300, {n, 1}, scale);
+                ASSERT_TRUE(test::sameImage(a, a2)) << shift << " " << scale;
+                ASSERT_TRUE(test::sameImage(b, b2)) << shift << " " << scale;
+            }
+}
+
 TEST(Sub, StepsAreTakenAsGiven) {
     test::Random random(4);
     for (const int step : {0, 5, -20})

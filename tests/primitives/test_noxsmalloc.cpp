@@ -44,7 +44,9 @@ TEST(Malloc, FailureOfTheEntryGivesNull) {
 TEST(Malloc, SizeBeyondTheAddressSpaceGivesNull) {
     if (sizeof(void *) == 4) {
         const test::CountedAllocator counted;
-        EXPECT_EQ(noxsMalloc_64f(0x7fffffff), nullptr);
+        // The last one's product fits, and its sum with what a block needs besides does not.
+        for (const int length : {0x7fffffff, 0x20000000, 0x1fffffff})
+            EXPECT_EQ(noxsMalloc_64f(length), nullptr) << length;
         EXPECT_EQ(test::CountedAllocator::allocations(), 0);
     }
 }

@@ -89,7 +89,7 @@ TYPED_TEST_SUITE(PyrLayer, Members);
 
 template <class M>
 void expectDown(NoxiSize size, const std::vector<reference::pyrlayer::LayerTap<typename M::Element>> &kernel,
-                float rate, test::Random &random, int padding) {
+                float rate, test::Random &random, int padding, bool extreme = false) {
     using T = typename M::Element;
     const int n = int(kernel.size());
     NoxiPyramidLayerState *state = nullptr;
@@ -101,6 +101,8 @@ void expectDown(NoxiSize size, const std::vector<reference::pyrlayer::LayerTap<t
         Image<T> src(size.width, size.height, M::channels, padding);
         Image<T> actual(dstRoi.width, dstRoi.height, M::channels, padding), expected(actual);
         test::randomize(src, random);
+        if (extreme)
+            src.generate([&](int, int, int) { return random() % 2 ? std::numeric_limits<T>::max() : T(0); });
         ASSERT_EQ(M::down(src.data(), src.step(), size, actual.data(), actual.step(), dstRoi, state), noxStsNoError);
         reference::pyrlayer::LayerTap<T> unwritten;
         std::memset(&unwritten, 0xFF, sizeof(unwritten));
@@ -111,6 +113,23 @@ void expectDown(NoxiSize size, const std::vector<reference::pyrlayer::LayerTap<t
             << "source " << size.width << "x" << size.height << " rate " << rate << " taps " << n;
         M::freeDown(state);
     }
+}
+
+/// Pixels at the ends of the range alone, under kernels whose sums of two cells fit 16 bits by little or not at all
+/// ({-63, 251, -63} is the first that does not), and whose negative taps are odd numbers before their last shift.
+TYPED_TEST(PyrLayer, ExtremePixelsUnderNegativeTaps) {
+    using M = TypeParam;
+    using T = typename M::Element;
+    test::Random random(12);
+    const std::vector<std::vector<int>> kernels = {{-2, 7, -2},       {-63, 251, -63},   {-1, 5, -1},
+                                                   {-1, 7, -1},       {-1, 4, -1},       {-5, 12, -5},
+                                                   {-1, 0, 5, 0, -1}, {-3, 5, 7, 5, -3}, {-9, 21, -9}};
+    for (const auto &kernel : kernels)
+        for (const float rate : {1.5F, 2.0F}) {
+            const std::vector<reference::pyrlayer::LayerTap<T>> taps(kernel.begin(), kernel.end());
+            for (const NoxiSize size : {NoxiSize{60, 33}, NoxiSize{4, 3}})
+                ASSERT_NO_FATAL_FAILURE(expectDown<M>(size, taps, rate, random, 0, true)) << kernel[0];
+        }
 }
 
 template <class M>

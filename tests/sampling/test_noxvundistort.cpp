@@ -111,6 +111,26 @@ TYPED_TEST(Undistort, NoDistortionCopiesAllButTheLastRowAndColumn) {
                 ASSERT_EQ(dst.at(x, y, c), x == 69 || y == 8 ? T(7) : src.at(x, y, c)) << x << ' ' << y;
 }
 
+/// Places half-way between two pixels, to the bit: halves are rounded up.
+TYPED_TEST(Undistort, TiesAreRoundedUp) {
+    using T = typename TypeParam::T;
+    if constexpr (std::is_integral_v<T>) {
+        test::Random random(4);
+        const Lens lens = {32, 32, 20, 2, 1, 0}; // in row 2, pixels 12 and 28 lie 8^3 / 32^2 = 1/2 farther out
+        for (int trial = 0; trial < 60; ++trial) {
+            Image<T> src(41, 5, TypeParam::channels);
+            test::randomize(src, random);
+            ASSERT_TRUE(agrees<TypeParam>(src, 0, lens, trial % 33));
+            Image<T> dst(41, 5, TypeParam::channels);
+            TypeParam::call(src.data(), src.step(), dst.data(), dst.step(), src.roi(), lens, nullptr);
+            for (int c = 0; c < TypeParam::channels; ++c) {
+                ASSERT_EQ(dst.at(28, 2, c), T((src.at(28, 2, c) + src.at(29, 2, c) + 1) / 2));
+                ASSERT_EQ(dst.at(12, 2, c), T((src.at(11, 2, c) + src.at(12, 2, c) + 1) / 2));
+            }
+        }
+    }
+}
+
 TYPED_TEST(Undistort, TakesPixelsAtAnyAddress) {
     using T = typename TypeParam::T;
     test::Random random(3);

@@ -185,17 +185,46 @@ TYPED_TEST(Mean, EveryThreadCountGivesTheSlicesResult) {
     const NoxiSize size = {1024, 521};
     const Image<Nox8u> mask(test::randomMask(size, random));
     for (const Member<T> &member : members<T>())
-        for (const int middle : {-99, 30000}) {
+        for (int kind = 0; kind < (std::is_floating_point_v<T> ? 3 : 1); ++kind) {
             Image<T> a(size.width, size.height, member.channels);
             unsigned noise = 1;
-            a.generate([&](int, int, int) { return T(int((noise = noise * 1664525U + 1013904223U) >> 20) + middle); });
+            // Floats far from zero make two passes; a huge one's sum swallows the others but for their last steps.
+            a.generate([&](int, int, int) { return T(test::slicedElement<T>(noise) + (kind == 1 ? T(3000) : T(0))); });
+            if (kind == 2)
+                a.at(500, 140, member.channels - 1) = T(0x1p60F);
             for (const int threads : test::threadCounts()) {
                 const test::ThreadCount count(threads);
-                ASSERT_TRUE(equalsReference(member, a, mask, member.channels)) << threads;
+                ASSERT_TRUE(equalsReference(member, a, mask, member.channels)) << threads << " kind " << kind;
             }
             const test::ThreadCount three(3);
             test::insideParallelRegion([&] { EXPECT_TRUE(equalsReference(member, a, mask, 1)); });
         }
+}
+
+TYPED_TEST(Mean, PaddedRowsOfMasksAlone) {
+    using T = TypeParam;
+    test::Random random(8);
+    for (const NoxiSize size : {NoxiSize{5, 9}, NoxiSize{16, 6}, NoxiSize{70, 5}})
+        for (const Member<T> &member : members<T>()) {
+            Image<T> a(size.width, size.height, member.channels);
+            test::randomize(a, random);
+            const Image<Nox8u> mask(test::randomMask(size, random, 11));
+            ASSERT_TRUE(equalsReference(member, a, mask, 1));
+        }
+}
+
+/// The second pass is made where the variance is below 0.05 of the squared mean, and rounds in another way.
+TEST(Mean32f, VariancesOnBothSidesOfTheSecondPass) {
+    test::Random random(9);
+    for (const double share : {0.0004, 0.003, 0.006, 0.02, 0.04, 0.048, 0.052, 0.06, 0.2, 0.6})
+        for (int trial = 0; trial < 3; ++trial)
+            for (const Member<Nox32f> &member : members<Nox32f>()) {
+                Image<Nox32f> a(211, 17, member.channels);
+                const double mean = 100 + random() % 1000, half = mean * std::sqrt(3 * share); // of a flat distribution
+                a.generate([&](int, int, int) { return float(mean + half * (double(random()) / 0x80000000U - 1)); });
+                const Image<Nox8u> mask(test::randomMask(a.roi(), random));
+                ASSERT_TRUE(equalsReference(member, a, mask, 1)) << share;
+            }
 }
 
 TEST(Mean32f, FlatImageOfLargeValuesHasNoDeviation) {

@@ -1,3 +1,5 @@
+#include <cfenv>
+#include <cmath>
 #include <limits>
 #include <ostream>
 #include <sstream>
@@ -268,6 +270,68 @@ TEST(MinMax32f, AZeroKeepsTheSignOfItsPixel) {
         EXPECT_TRUE(same(extremaOf(member, a, mask, 1), {-0.0F, -0.0F, {0, 0}, {0, 0}}));
         a.at(0, 0) = 0.0F;
     }
+}
+
+TEST(MinMax32f, TheFirstOfTwoZerosGivesItsSign) {
+    // Zeros of both signs are equal: the first one in raster order is the extreme, whatever lanes and threads they meet
+    // in.
+    test::Random random(5);
+    const Image<Nox8u> mask(test::flatMask({193, 131}, 1));
+    for (const Member<Nox32f> &member : members<Nox32f>())
+        for (int trial = 0; trial < 40; ++trial) {
+            Image<Nox32f> a(193, 131, member.channels);
+            const float others = trial % 2 == 0 ? 1.0F : -1.0F; // the zeros are the smallest, or the largest
+            a.generate([&](int, int, int) { return others * float(1 + random() % 9); });
+            const int first = int(random() % (193 * 131)), second = int(random() % (193 * 131));
+            a.at(first % 193, first / 193, 0) = trial % 4 < 2 ? 0.0F : -0.0F;
+            a.at(second % 193, second / 193, 0) = trial % 4 < 2 ? -0.0F : 0.0F;
+            for (const int threads : {1, 3}) {
+                const test::ThreadCount count(threads);
+                ASSERT_TRUE(equalsReference(member, a, mask, 1)) << first << " " << second << " " << threads;
+            }
+        }
+}
+
+TYPED_TEST(MinMax, PaddedRowsOfMasksAlone) {
+    using T = TypeParam;
+    test::Random random(8);
+    for (const NoxiSize size : {NoxiSize{5, 9}, NoxiSize{16, 6}, NoxiSize{70, 5}})
+        for (const Member<T> &member : members<T>()) {
+            Image<T> a(size.width, size.height, member.channels);
+            test::randomize(a, random);
+            const Image<Nox8u> mask(test::randomMask(size, random, 11));
+            ASSERT_TRUE(equalsReference(member, a, mask, 1));
+        }
+}
+
+TYPED_TEST(MinMax, ExtremesInTheLastOfManySlices) {
+    using T = TypeParam;
+    const test::ThreadCount count(40);
+    const Image<Nox8u> mask(test::flatMask({140, 131}, 1));
+    for (const Member<T> &member : members<T>())
+        for (const int y : {129, 99, 98, 40, 0}) { // 3 rows a slice, so row 99 begins the 34th
+            Image<T> a(140, 131, member.channels);
+            a.fill(T(50));
+            a.at(99, y, 0) = T(3);
+            a.at(100, y, 0) = T(80);
+            ASSERT_TRUE(equalsReference(member, a, mask, 1)) << y;
+        }
+}
+
+/// Pixels that do not count, and those behind a row, are no operands: no flag of an invalid operation is raised.
+TEST(MinMax32f, OrdinaryPixelsRaiseNoFlag) {
+    test::Random random(6);
+    for (int width = 1; width < 70; ++width)
+        for (const Member<Nox32f> &member : members<Nox32f>()) {
+            Image<Nox32f> a(width, 3, member.channels);
+            const Image<Nox8u> mask(test::randomMask(a.roi(), random));
+            a.generate([&](int x, int y, int) {
+                return !member.masked || mask.at(x, y) != 0 ? test::randomElement<Nox32f>(random) : NAN;
+            });
+            feclearexcept(FE_ALL_EXCEPT);
+            extremaOf(member, a, mask, 1);
+            ASSERT_FALSE(fetestexcept(FE_INVALID)) << member.name << " " << width;
+        }
 }
 
 TEST(MinMax32f, WhatLiesUnderAZeroByteDoesNotCount) {

@@ -166,6 +166,19 @@ TYPED_TEST(MaskedNorm, EqualsReferenceOnAllSizes) {
             compare<TypeParam>(size, padding, random);
 }
 
+TYPED_TEST(MaskedNorm, PaddedRowsOfMasksAlone) {
+    using T = TypeParam;
+    test::Random random(8);
+    for (const NoxiSize size : {NoxiSize{5, 9}, NoxiSize{16, 6}, NoxiSize{70, 5}})
+        for (const Member<T> &member : members<T>()) {
+            Image<T> a(size.width, size.height, member.channels), b(size.width, size.height, member.channels);
+            test::randomize(a, random);
+            test::randomize(b, random);
+            const Image<Nox8u> mask(test::randomMask(size, random, 11));
+            ASSERT_TRUE(equalsReference(member, a, b, mask, 1));
+        }
+}
+
 TYPED_TEST(MaskedNorm, TakesAnyAddress) {
     using T = TypeParam;
     test::Random random(2);
@@ -285,12 +298,19 @@ TYPED_TEST(MaskedNorm, EveryThreadCountGivesTheSlicesResult) {
     for (const Member<T> &member : members<T>()) {
         Image<T> a(size.width, size.height, member.channels), b(size.width, size.height, member.channels);
         unsigned noise = 1;
-        const auto pixel = [&](int, int, int) { return T(int((noise = noise * 1664525U + 1013904223U) >> 20) - 99); };
-        a.generate(pixel);
-        b.generate(pixel);
-        for (const int threads : test::threadCounts()) {
-            const test::ThreadCount count(threads);
-            ASSERT_TRUE(equalsReference(member, a, b, mask, member.channels)) << threads;
+        a.generate([&](int, int, int) { return test::slicedElement<T>(noise); });
+        b.generate([&](int, int, int) { return test::slicedElement<T>(noise); });
+        for (const bool huge : {false, true}) {
+            if (huge && !std::is_floating_point_v<T>)
+                continue;
+            if (huge) { // a slice's sum that swallows what the others add, but for their last steps
+                a.at(500, 140, member.channels - 1) = T(0x1p60F);
+                b.at(77, 399, member.channels - 1) = T(0x1p60F);
+            }
+            for (const int threads : test::threadCounts()) {
+                const test::ThreadCount count(threads);
+                ASSERT_TRUE(equalsReference(member, a, b, mask, member.channels)) << threads << " " << huge;
+            }
         }
         const test::ThreadCount three(3);
         test::insideParallelRegion([&] { EXPECT_TRUE(equalsReference(member, a, b, mask, 1)); });
@@ -368,18 +388,23 @@ TEST(MaskedNorm32f, CloseToAnExtendedSum) {
 
 TEST(MaskedNormSlots, AreTakenFromTheAllocatorBeyond32Threads) {
     const NoxiSize size = {4096, 1281}; // just above 40 times 2^17 pixels
-    Image<Nox8u> a(size.width, size.height), mask(size.width, size.height);
-    a.fill(3);
+    Image<Nox8u> a(size.width, size.height), b(size.width, size.height), mask(size.width, size.height);
+    unsigned noise = 1;
+    a.generate([&](int, int, int) { return test::slicedElement<Nox8u>(noise); });
+    b.generate([&](int, int, int) { return test::slicedElement<Nox8u>(noise); });
     mask.fill(1);
     const auto call = [&](Nox64f *value) {
-        return noxiNormRel_L2_8u_C1MR(a.data(), a.step(), a.data(), a.step(), mask.data(), mask.step(), size, value);
+        return noxiNormRel_L2_8u_C1MR(a.data(), a.step(), b.data(), b.step(), mask.data(), mask.step(), size, value);
     };
+    double expected = 0;
+    reference::statistics::norm<Nox8u>(Form::NormRel, Norm::L2, {a.data(), a.step(), 1, 0}, {b.data(), b.step(), 1, 0},
+                                       {mask.data(), mask.step()}, size, 40, &expected);
     Nox64f value = 77;
     const test::ThreadCount count(40);
     {
         const test::CountedAllocator counted;
         EXPECT_EQ(call(&value), noxStsNoError);
-        EXPECT_EQ(value, 0);
+        EXPECT_EQ(value, expected);
         EXPECT_EQ(counted.allocations(), 1);
         EXPECT_EQ(counted.live(), 0);
         EXPECT_EQ(counted.lastSize(), 40 * 2 * sizeof(Nox64f) + 32 + sizeof(void *));
@@ -394,6 +419,7 @@ TEST(MaskedNormSlots, AreTakenFromTheAllocatorBeyond32Threads) {
     const test::ThreadCount fewer(32);
     const test::CountedAllocator none;
     EXPECT_EQ(call(&value), noxStsNoError);
+    EXPECT_EQ(value, expected);
     EXPECT_EQ(none.allocations(), 0);
 }
 

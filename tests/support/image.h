@@ -173,11 +173,23 @@ template <class T>
 
 using Random = std::mt19937;
 
-/// A random element over the type's whole range, extremes often; floats are of moderate size.
+/// A random element over the type's whole range, extremes often; floats are of moderate size, with zeros of both signs,
+/// small whole and half numbers, which are often equal, and denormals among them.
 template <class T>
 T randomElement(Random &random) {
     if constexpr (std::is_floating_point_v<T>) {
-        return static_cast<T>(std::uniform_real_distribution<double>(-1000.0, 1000.0)(random));
+        switch (random() % 32) {
+        case 0:
+            return T(0);
+        case 1:
+            return -T(0);
+        case 2:
+            return T(int(random() % 9) - 4) / 2;
+        case 3:
+            return std::numeric_limits<T>::denorm_min() * T(int(random() % 2000) - 1000);
+        default:
+            return static_cast<T>(std::uniform_real_distribution<double>(-1000.0, 1000.0)(random));
+        }
     } else {
         constexpr auto low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
         switch (random() % 16) {
@@ -189,6 +201,17 @@ T randomElement(Random &random) {
             return static_cast<T>(random());
         }
     }
+}
+
+/// An element for sums that are joined by slices: floats are fractions of 24 random bits, so that a sum shows in which
+/// order it was formed; integers have some bits only, so that sums stay small.
+template <class T>
+T slicedElement(unsigned &noise) {
+    noise = noise * 1664525U + 1013904223U;
+    if constexpr (std::is_floating_point_v<T>)
+        return T(noise >> 8) * T(0x1p-24);
+    else
+        return T(int(noise >> 20) - 99);
 }
 
 /// Fills an image with random elements.

@@ -101,6 +101,8 @@ struct Samples {
 };
 
 __m128 absolute(__m128 v) { return _mm_andnot_ps(_mm_set1_ps(-0.0F), v); }
+/// a where the mask is set, else b.
+__m128 chosen(__m128 mask, __m128 a, __m128 b) { return _mm_or_ps(_mm_and_ps(mask, a), _mm_andnot_ps(mask, b)); }
 __m128i loadFour(const Nox32s *from) { return _mm_load_si128(reinterpret_cast<const __m128i *>(from)); }
 __m128 firstOf(__m128i pairs) { return _mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(pairs, 16), 16)); }
 __m128 secondOf(__m128i pairs) { return _mm_cvtepi32_ps(_mm_srai_epi32(pairs, 16)); }
@@ -216,7 +218,7 @@ public:
     /// Adds all samples and empties them.
     void add(Samples<channels> &samples) {
         const __m128i lowHalves = _mm_set1_epi32(0xffff), zero = _mm_setzero_si128();
-        const __m128 across = _mm_set1_ps(1e-6F);
+        const __m128 across = _mm_set1_ps(1e-6F), one = _mm_set1_ps(1);
         samples.fillUp();
         for (int k = 0; k < samples.count; k += 4) {
             const __m128i way = loadFour(samples.way + k);
@@ -229,8 +231,9 @@ public:
                 const __m128 u = absolute(_mm_cvtepi32_ps(_mm_madd_epi16(gradient, turned)));
                 const __m128 square = _mm_cvtepi32_ps(_mm_madd_epi16(gradient, gradient));
                 const __m128 none = _mm_cmpeq_ps(u, _mm_setzero_ps());
-                const __m128 along = _mm_mul_ps(u, reciprocalRoot(_mm_mul_ps(squared, square)));
-                const __m128 t = _mm_or_ps(_mm_and_ps(none, across), _mm_andnot_ps(none, along));
+                // A root of 0 would be an invalid operation.
+                const __m128 lengths = chosen(none, one, _mm_mul_ps(squared, square));
+                const __m128 t = chosen(none, across, _mm_mul_ps(u, reciprocalRoot(lengths)));
                 const __m128 c = _mm_mul_ps(nearness, t);
                 const __m128 product = _mm_mul_ps(_mm_cvtepi32_ps(loadFour(samples.value[i] + k)), c);
                 const __m128 low = _mm_unpacklo_ps(product, c), high = _mm_unpackhi_ps(product, c);

@@ -444,7 +444,7 @@ void layerUp(const Bordered<typename A::Pixel> &source, Rows<typename A::Pixel> 
     placeWeights(kernel, weights, places, A::weightScale);
 
     // Small images with small kernels have little scratch in their state.
-    constexpr int localWords = 4096;
+    constexpr int localWords = 3072;
     alignas(Nox64f) Nox8u local[localWords * sizeof(Nox32f)];
     const long long stateWords = upLayerScratchWords(state, Channels) - places;
     const bool useState = stateWords > localWords;

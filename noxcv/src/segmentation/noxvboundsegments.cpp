@@ -44,10 +44,9 @@ void markAll(Rows<Nox8u> markers, NoxiSize roi, Nox8u value, bool diagonal) {
         row[0] = marked ? value : row[0];
         markRow<1>(above, row, 1, last, value);
         const Nox8u label = row[last];
-        row[last] = bounds(label, above[last - 1], value) | bounds(label, above[last], value) |
-                            bounds(label, row[last - 1], value)
-                        ? value
-                        : label;
+        const bool bound = bounds(label, above[last - 1], value) | bounds(label, above[last], value) |
+                           bounds(label, row[last - 1], value);
+        row[last] = bound ? value : label;
     }
 }
 
