@@ -7,13 +7,12 @@
 // run tracks FIRST against itself, shifted by known sub-pixel amounts; the program fails when the median error of that
 // is not below 0.05 pixel.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 
-#include "support/picture.h"
+#include "support/drawing.h"
 
 namespace {
 
@@ -145,23 +144,9 @@ float median(std::vector<float> values) {
 
 // ---- drawing
 
-using Color = std::array<Nox8u, 3>;
-
-void plot(Picture &picture, int x, int y, Color color) {
-    if (x >= 0 && y >= 0 && x < picture.size.width && y < picture.size.height)
-        std::copy_n(color.data(), 3, picture.at(x, y));
-}
-
 void drawTrack(Picture &picture, NoxiPoint32f from, NoxiPoint32f to, Color color) {
-    const int steps = std::clamp(int(distance(from, to)) + 1, 1, 2000);
-    for (int i = 0; i <= steps; ++i) {
-        const float share = float(i) / float(steps);
-        plot(picture, int(std::lround(from.x + (to.x - from.x) * share)),
-             int(std::lround(from.y + (to.y - from.y) * share)), color);
-    }
-    for (int y = -1; y <= 1; ++y)
-        for (int x = -1; x <= 1; ++x)
-            plot(picture, int(from.x) + x, int(from.y) + y, color);
+    drawSegment(picture, from, to, color);
+    drawDot(picture, from, color);
 }
 
 // ---- the runs
@@ -193,7 +178,6 @@ bool runForthAndBack(const Picture &firstColor, const Picture &secondColor, cons
     const double backward = watch.lap();
 
     constexpr float within = 0.5F;
-    const Color good = {40, 230, 60}, doubtful = {235, 50, 40};
     Picture drawing = firstColor;
     std::vector<float> errors;
     long survivors = 0;
@@ -205,9 +189,9 @@ bool runForthAndBack(const Picture &firstColor, const Picture &secondColor, cons
         if (both)
             errors.push_back(error);
         if (survives)
-            drawTrack(drawing, points[i], forth.points[i], good);
+            drawTrack(drawing, points[i], forth.points[i], green);
         else
-            drawTrack(drawing, points[i], points[i], doubtful);
+            drawTrack(drawing, points[i], points[i], red);
     }
     std::printf("  %d x %d, %zu points, window %d, %d levels\n", first.size.width, first.size.height, points.size(),
                 window, one.record()->level + 1);
