@@ -52,16 +52,31 @@ constexpr Glyph word[] = {
     {0x1F, 0x10, 0x10, 0x1E, 0x10, 0x10, 0x1F}, // E
 };
 
-/// The word across the picture at a height, in strokes as wide as a dot.
+bool dotSet(const Glyph &glyph, int column, int row) {
+    return row < 7 && column >= 0 && column < 5 && (glyph[row] >> (4 - column) & 1) != 0;
+}
+
+/// The strokes from one dot of a letter to its neighbours to the right and below.
+void stroke(Picture &mask, const Glyph &glyph, int column, int row, NoxiPoint32f at, float dot) {
+    constexpr int parts = 8;
+    constexpr NoxiPoint ways[] = {{1, 0}, {-1, 1}, {0, 1}, {1, 1}};
+    for (const NoxiPoint way : ways)
+        for (int i = 0; i <= parts && dotSet(glyph, column + way.x, row + way.y); ++i)
+            blot(mask, at.x + float(way.x * i) / parts * dot, at.y + float(way.y * i) / parts * dot, dot / 3);
+}
+
+/// The word across the picture at a height.
 void letter(Picture &mask, float height) {
     constexpr int glyphs = int(std::size(word)), pitch = 6;
     const float dot = float(mask.size.width) * 0.8F / float(glyphs * pitch);
     for (int g = 0; g < glyphs; ++g)
         for (int row = 0; row < 7; ++row)
             for (int column = 0; column < 5; ++column)
-                if (word[g][row] >> (4 - column) & 1)
-                    blot(mask, float(mask.size.width) * 0.1F + float(g * pitch + column) * dot,
-                         float(mask.size.height) * height + float(row) * dot, dot / 2);
+                if (dotSet(word[g], column, row))
+                    stroke(mask, word[g], column, row,
+                           {float(mask.size.width) * 0.1F + float(g * pitch + column) * dot,
+                            float(mask.size.height) * height + float(row) * dot},
+                           dot);
 }
 
 Picture damage(NoxiSize size) {
