@@ -1,5 +1,7 @@
 // Tracks points from one picture to another through two image pyramids, and back again as a check.
 //
+// The points are the first picture's strongest corners.
+//
 // usage: track FIRST SECOND FOLDER
 //
 // FIRST and SECOND are PNG or JPEG of one size. FOLDER receives NAME-tracks.png (green: tracked forth and back within
@@ -7,13 +9,13 @@
 // run tracks FIRST against itself, shifted by known sub-pixel amounts; the program fails when the median error of that
 // is not below 0.05 pixel.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 
-#include "support/picture.h"
+#include "support/corners.h"
+#include "support/drawing.h"
 
 namespace {
 
@@ -87,28 +89,15 @@ Picture montage(const Pyramid &pyramid) {
 
 // ---- points
 
-/// The pixel of each grid cell with the strongest gradient in both directions, where there is one.
-std::vector<NoxiPoint32f> strongPoints(const Picture &gray) {
-    constexpr int cell = 9, margin = 12, weakest = 40;
-    const std::ptrdiff_t step = gray.step();
-    std::vector<NoxiPoint32f> points;
-    for (int top = margin; top + cell <= gray.size.height - margin; top += cell)
-        for (int left = margin; left + cell <= gray.size.width - margin; left += cell) {
-            int best = weakest;
-            NoxiPoint32f where{};
-            for (int y = top; y < top + cell; ++y)
-                for (int x = left; x < left + cell; ++x) {
-                    const Nox8u *p = gray.at(x, y);
-                    const int strength = std::min(std::abs(p[1] - p[-1]), std::abs(p[step] - p[-step])) * 2;
-                    if (strength > best) {
-                        best = strength;
-                        where = {float(x), float(y)};
-                    }
-                }
-            if (best > weakest)
-                points.push_back(where);
-        }
-    return points;
+/// The places of the strongest corners.
+bool strongPoints(const Picture &gray, std::vector<NoxiPoint32f> &points) {
+    constexpr int margin = 12, most = 2500;
+    std::vector<Corner> corners;
+    if (!findCorners(gray, margin, most, corners))
+        return false;
+    for (const Corner &corner : corners)
+        points.push_back({float(corner.x), float(corner.y)});
+    return true;
 }
 
 struct Tracks {
@@ -145,23 +134,9 @@ float median(std::vector<float> values) {
 
 // ---- drawing
 
-using Color = std::array<Nox8u, 3>;
-
-void plot(Picture &picture, int x, int y, Color color) {
-    if (x >= 0 && y >= 0 && x < picture.size.width && y < picture.size.height)
-        std::copy_n(color.data(), 3, picture.at(x, y));
-}
-
 void drawTrack(Picture &picture, NoxiPoint32f from, NoxiPoint32f to, Color color) {
-    const int steps = std::clamp(int(distance(from, to)) + 1, 1, 2000);
-    for (int i = 0; i <= steps; ++i) {
-        const float share = float(i) / float(steps);
-        plot(picture, int(std::lround(from.x + (to.x - from.x) * share)),
-             int(std::lround(from.y + (to.y - from.y) * share)), color);
-    }
-    for (int y = -1; y <= 1; ++y)
-        for (int x = -1; x <= 1; ++x)
-            plot(picture, int(from.x) + x, int(from.y) + y, color);
+    drawSegment(picture, from, to, color);
+    drawDot(picture, from, color);
 }
 
 // ---- the runs
@@ -182,7 +157,9 @@ bool runForthAndBack(const Picture &firstColor, const Picture &secondColor, cons
     if (!one.build(first, 2.0F, levels) || !two.build(second, 2.0F, levels))
         return false;
     const double pyramids = watch.lap();
-    const std::vector<NoxiPoint32f> points = strongPoints(first);
+    std::vector<NoxiPoint32f> points;
+    if (!strongPoints(first, points))
+        return false;
     const double choice = watch.lap();
     Tracks forth, back;
     if (!follow(one, two, points, forth))
@@ -193,7 +170,6 @@ bool runForthAndBack(const Picture &firstColor, const Picture &secondColor, cons
     const double backward = watch.lap();
 
     constexpr float within = 0.5F;
-    const Color good = {40, 230, 60}, doubtful = {235, 50, 40};
     Picture drawing = firstColor;
     std::vector<float> errors;
     long survivors = 0;
@@ -205,9 +181,9 @@ bool runForthAndBack(const Picture &firstColor, const Picture &secondColor, cons
         if (both)
             errors.push_back(error);
         if (survives)
-            drawTrack(drawing, points[i], forth.points[i], good);
+            drawTrack(drawing, points[i], forth.points[i], green);
         else
-            drawTrack(drawing, points[i], points[i], doubtful);
+            drawTrack(drawing, points[i], points[i], red);
     }
     std::printf("  %d x %d, %zu points, window %d, %d levels\n", first.size.width, first.size.height, points.size(),
                 window, one.record()->level + 1);
@@ -239,9 +215,9 @@ bool runKnownTruth(const Picture &color) {
     const Picture gray = toGray(color);
     Picture still;
     Pyramid one;
-    if (!shifted(gray, inset, 0, 0, still) || !one.build(still, 2.0F, levels))
+    std::vector<NoxiPoint32f> points;
+    if (!shifted(gray, inset, 0, 0, still) || !one.build(still, 2.0F, levels) || !strongPoints(still, points))
         return false;
-    const std::vector<NoxiPoint32f> points = strongPoints(still);
     const NoxiPoint32f shifts[] = {{0.25F, 0.5F}, {-0.4F, 0.3F}, {1.75F, -2.35F}, {-5.5F, 4.125F}};
     bool small = true;
     for (const NoxiPoint32f shift : shifts) {

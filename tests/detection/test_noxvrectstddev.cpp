@@ -168,6 +168,25 @@ TYPED_TEST(RectStdDev, VariancesNextToMidpoints) {
     }
 }
 
+TYPED_TEST(RectStdDev, VariancesThatAFarCornerDecides) {
+    // The lowest corner holds a midpoint between two floats, the highest one a little of its own, which double
+    // precision drops and extended precision keeps.
+    using M = TypeParam;
+    if constexpr (std::is_same_v<typename M::Square, Nox64f>) {
+        test::Random random(7);
+        Tables<M> tables({600, 1}, {0, 0, 1, 1});
+        tables.src.fill(0);
+        tables.sqr.fill(0);
+        for (int x = 0; x + 1 < tables.sqr.width(); x += 2) {
+            const Nox64f single = Nox32f(1 + random() % 100000) / 7.0F;
+            const Nox64f midpoint = (single + std::ldexp(1.0, std::ilogb(single) - 24)) * (M::isTilted ? 2 : 1);
+            tables.sqr.at(x + (M::isTilted ? 0 : 1), M::isTilted ? 2 : 1) = midpoint;
+            tables.sqr.at(x, 0) = std::ldexp(random() % 2 ? midpoint : -midpoint, -54 - int(random() % 8));
+        }
+        tables.compare(0);
+    }
+}
+
 TYPED_TEST(RectStdDev, ThreadsGiveTheSame) {
     using M = TypeParam;
     test::Random random(4);

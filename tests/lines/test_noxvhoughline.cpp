@@ -71,6 +71,25 @@ TEST(HoughLine, CoarseCellsOfSmallImages) {
     }
 }
 
+TEST(HoughLine, SumsNextToTheMiddleOfTwoCells) {
+    // At the steps of 2 and 0.5 sums are exactly in the middle; at 0.0937 many lie next to it.
+    test::Random random(5);
+    Image<Nox8u> src(611, 97);
+    src.generate([&](int, int, int) { return random() % 5 == 0; });
+    for (const NoxiPoint32f delta : {NoxiPoint32f{2, degree * 15}, {0.5F, degree * 9}, {0.0937F, degree * 5}})
+        compare(src, delta, 1, 3000);
+}
+
+TEST(HoughLine, SidesAroundSixteenBits) {
+    test::Random random(6);
+    for (const NoxiSize size : {NoxiSize{65535, 2}, {65536, 2}, {65537, 2}, {1, 65536}, {2, 65538}}) {
+        Image<Nox8u> src(size.width, size.height);
+        src.generate([&](int x, int y, int) { return x > 65532 || y > 65532 || random() % 97 == 0; });
+        compare(src, {1, 0.4F}, 1, 200);
+        compare(src, {3.7F, 0.4F}, 1, 200);
+    }
+}
+
 TEST(HoughLineFull, EqualsReferenceOnAPicture) {
     test::Random random(3);
     Image<Nox8u> src(301, 97);

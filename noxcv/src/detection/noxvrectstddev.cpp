@@ -17,6 +17,12 @@ using namespace nox;
 
 namespace {
 
+/// A little more than the largest error of a few roundings to double, relative to what they round.
+constexpr Nox64f fewRoundings = 0x1p-50;
+constexpr Nox64f fewExtended = 0x1p-62; ///< the same for extended precision
+/// What products of denormals may lose; far below what single precision tells apart.
+constexpr Nox64f lostByUnderflow = 0x1p-1000;
+
 /// The corners of a rectangle in two tables, relative to a position: the sum under it is plus - minus1 - minus2 +
 /// plus2, in this order for floats.
 struct Corners {
@@ -57,10 +63,17 @@ struct CornerRows {
         return static_cast<Nox32f>(static_cast<Nox32s>(static_cast<Nox32u>(plus[x]) - static_cast<Nox32u>(minus1[x]) -
                                                        static_cast<Nox32u>(minus2[x]) + static_cast<Nox32u>(plus2[x])));
     }
-    /// The sum of magnitudes: no partial sum is above it.
-    NOX_INLINE Nox64f magnitude(int x) const {
-        return std::fabs(static_cast<Nox64f>(plus[x])) + std::fabs(static_cast<Nox64f>(minus1[x])) +
-               std::fabs(static_cast<Nox64f>(minus2[x])) + std::fabs(static_cast<Nox64f>(plus2[x]));
+    /// The sum in double, from the two differences of neighbours, which are small beside the table's elements, and more
+    /// than its distance from the sum in extended precision. The difference of each has an error of its own size; in
+    /// extended precision, 2^-64 times as large, that counts for the order of sum().
+    struct Close {
+        Nox64f sum, error;
+    };
+    NOX_INLINE Close closeSum(int x) const {
+        const Nox64f other = minus2[x];
+        const Nox64f first = static_cast<Nox64f>(plus[x]) - static_cast<Nox64f>(minus1[x]);
+        const Nox64f second = other - static_cast<Nox64f>(plus2[x]);
+        return {first - second, (std::fabs(first) + std::fabs(second)) * fewRoundings + std::fabs(other) * fewExtended};
     }
 
 private:
@@ -101,24 +114,20 @@ struct Variance {
     NOX_INLINE static Variance about(Nox64f value, Nox64f error) { return {value - error, value + error}; }
 };
 
-/// A little more than the largest error of a few roundings to double, relative to what they round.
-constexpr Nox64f fewRoundings = 0x1p-50;
-/// What products of denormals may lose; far below what single precision tells apart.
-constexpr Nox64f lostByUnderflow = 0x1p-1000;
-
 /// Sums in single and squares in double precision.
 struct RealTables {
     using Sum = Nox32f;
     using Square = Nox64f;
 
-    /// The mean's error counts twice its value, and once more for its own square.
+    /// The mean's error counts twice its value, and once more for its own square. Both errors have room for the
+    /// roundings of quotients, squares and their difference.
     NOX_INLINE static Variance variance(const CornerRows<Nox32f> &sums, const CornerRows<Nox64f> &squares, int x,
                                         const Area &area) {
-        const Nox64f mean = sums.sum<Nox64f>(x) * area.reciprocal, square = squares.sum<Nox64f>(x) * area.reciprocal;
-        const Nox64f largestMean = sums.magnitude(x) * area.reciprocal;
-        const Nox64f largestSquare = squares.magnitude(x) * area.reciprocal;
-        const Nox64f error = (4 * std::fabs(mean) + fewRoundings * largestMean) * largestMean + 4 * largestSquare;
-        return Variance::about(square - mean * mean, error * fewRoundings + lostByUnderflow);
+        const auto sum = sums.closeSum(x);
+        const auto squareSum = squares.closeSum(x);
+        const Nox64f mean = sum.sum * area.reciprocal, meanError = sum.error * area.reciprocal;
+        const Nox64f error = squareSum.error * area.reciprocal + (2 * std::fabs(mean) + meanError) * meanError;
+        return Variance::about(squareSum.sum * area.reciprocal - mean * mean, error + lostByUnderflow);
     }
     static long double extendedVariance(const CornerRows<Nox32f> &sums, const CornerRows<Nox64f> &squares, int x,
                                         const Area &area) {
@@ -136,9 +145,9 @@ struct MixedTables {
                                         const Area &area) {
         const Nox64f mean = sums.wrappedSum(x) / area.rounded;
         const Nox64f reciprocal = 1 / static_cast<Nox64f>(area.rounded);
-        const Nox64f square = squares.sum<Nox64f>(x) * reciprocal;
-        const Nox64f error = mean * mean + 4 * (squares.magnitude(x) * reciprocal);
-        return Variance::about(square - mean * mean, error * fewRoundings + lostByUnderflow);
+        const auto squareSum = squares.closeSum(x);
+        const Nox64f error = squareSum.error * reciprocal + mean * mean * fewRoundings;
+        return Variance::about(squareSum.sum * reciprocal - mean * mean, error + lostByUnderflow);
     }
     static long double extendedVariance(const CornerRows<Nox32s> &sums, const CornerRows<Nox64f> &squares, int x,
                                         const Area &area) {
@@ -164,10 +173,10 @@ NOX_INLINE void deviationRow(const Sums &sumsOfRow, const Squares &squaresOfRow,
         int doubts = 0;
         for (int i = 0; i < count; ++i) {
             const Variance v = Tables::variance(sums, squares, first + i, area);
-            const Nox32f low = static_cast<Nox32f>(positive(v.low)), high = static_cast<Nox32f>(positive(v.high));
-            roots[i] = std::sqrt(low);
+            const auto low = static_cast<Nox32f>(v.low), high = static_cast<Nox32f>(v.high);
+            roots[i] = std::sqrt(positive(low));
             // A not-a-number in v gives two zeros: it must be formed again, and so is told by itself.
-            const int doubt = (low == high ? 0 : 1) | (v.low <= v.high ? 0 : 1);
+            const int doubt = (positive(low) == positive(high) ? 0 : 1) | (low <= high ? 0 : 1);
             doubtful[i] = doubt;
             doubts |= doubt;
         }

@@ -36,18 +36,29 @@ NOX_INLINE void wrappedColumns(const Nox8u *s, const TiltedRow<Nox32s> &row, int
                  twoAbove[x];
 }
 
-/// The same in Real, rounded to T; terms are added in T's order.
+/// The same in Real, rounded to T; terms are added in T's order. The pointers are copied: a store must not seem to
+/// change them.
+/// @return the largest magnitude of the columns, as the bits of a float; of double columns nothing
 template <class T, class Real>
-NOX_INLINE void realColumns(const Nox8u *s, const TiltedRow<T> &row, int columns) {
-    constexpr bool squared = std::is_same_v<T, Nox64f>;
+NOX_INLINE int realColumns(const Nox8u *s, const TiltedRow<T> &row, int columns) {
+    const Element<T> *above = row.above, *twoAbove = row.twoAbove;
+    Element<T> *out = row.out;
+    int largest = 0;
     for (int x = 1; x < columns; ++x) {
-        const Real left = row.above[x - 1], right = row.above[x + 1], top = row.twoAbove[x];
-        if constexpr (squared)
-            row.out[x] =
-                static_cast<T>(static_cast<Real>(term<true>(s[x - 1]) + term<true>(s[x])) + left - top + right);
-        else
-            row.out[x] = static_cast<T>(left - top + right + static_cast<Real>(s[x - 1]) + static_cast<Real>(s[x]));
+        const Real left = above[x - 1], right = above[x + 1], top = twoAbove[x];
+        if constexpr (std::is_same_v<T, Nox64f>) {
+            out[x] = static_cast<T>(static_cast<Real>(term<true>(s[x - 1]) + term<true>(s[x])) + left - top + right);
+        } else {
+            const Real table = left - top + right;
+            // In double all of this is exact, so the pixels may be added first.
+            const auto sum = std::is_same_v<Real, Nox64f>
+                                 ? static_cast<T>(table + static_cast<Real>(s[x - 1] + s[x]))
+                                 : static_cast<T>(table + static_cast<Real>(s[x - 1]) + static_cast<Real>(s[x]));
+            largest = std::max(largest, std::bit_cast<int>(sum) & 0x7fffffff);
+            out[x] = sum;
+        }
     }
+    return largest;
 }
 
 NOX_TIERS void columns32s(const Nox8u *s, const TiltedRow<Nox32s> &row, int columns) {
@@ -60,14 +71,8 @@ NOX_TIERS void columns64f(const Nox8u *s, const TiltedRow<Nox64f> &row, int colu
     realColumns<Nox64f, Nox64f>(s, row, columns);
 }
 
-/// Returns the largest magnitude of the columns, as the bits of a float.
 NOX_TIERS int columns32f(const Nox8u *s, const TiltedRow<Nox32f> &row, int columns) {
-    realColumns<Nox32f, Nox64f>(s, row, columns);
-    const auto *bits = reinterpret_cast<const Element<Nox32s> *>(row.out);
-    int largest = 0;
-    for (int x = 1; x < columns; ++x)
-        largest = std::max(largest, bits[x] & 0x7fffffff);
-    return largest;
+    return realColumns<Nox32f, Nox64f>(s, row, columns);
 }
 
 /// The column above the image's last pixel: pixels end here.
