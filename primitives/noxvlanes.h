@@ -69,14 +69,17 @@ NOX_LANES F32 smaller(F32 v, F32 best) {
 #endif
 }
 
-/// Sums of eight bytes each.
-NOX_LANES U64 sumsOfBytes(U8 v) {
+/// Sums of the absolute differences of eight bytes each.
+NOX_LANES U64 sumsOfDifferences(U8 a, U8 b) {
 #if NOX_LANES_BYTES == 32
-    return (U64)_mm256_sad_epu8((__m256i)v, _mm256_setzero_si256());
+    return (U64)_mm256_sad_epu8((__m256i)a, (__m256i)b);
 #else
-    return (U64)_mm_sad_epu8((__m128i)v, _mm_setzero_si128());
+    return (U64)_mm_sad_epu8((__m128i)a, (__m128i)b);
 #endif
 }
+
+/// Sums of eight bytes each.
+NOX_LANES U64 sumsOfBytes(U8 v) { return sumsOfDifferences(v, U8{}); }
 
 /// Sums of two bytes each.
 NOX_LANES U16 pairSums(U8 v) {
