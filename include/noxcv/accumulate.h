@@ -159,7 +159,8 @@ NOX_API NoxStatus noxiAddWeighted_32f_C1IMR(const Nox32f *src, int srcStep, cons
 /** @} */
 
 /**
- * Angles of vectors in degrees, 0 up to 360: dst[i] is the angle of (x[i], y[i]), within 0.3 degrees.
+ * Angles of vectors in degrees, from -0.1405 up to 360.1405: dst[i] is the angle of (x[i], y[i]), within 0.1405 degrees
+ * (and the error of the processor's estimate).
  *
  * With z = min(|x|, |y|) / max(|x|, |y|, 1e-8), by the processor's reciprocal estimate and one Newton step, the angle
  * in the first octant is -15.813190 z^2 + 61.094196 z - 0.14050041; it is reflected at 45, 90 and 180 degrees as the

@@ -98,7 +98,7 @@ NOX_API NoxStatus noxiCannyGetSize(NoxiSize roi, int *bufferSize);
  * - 2, L2: floor(sqrt((a^2 + b^2 + c^2) / 3) + 0.5) for integers; sqrt(a^2 + b^2 + c^2) in single precision for Nox32f.
  *
  * In the 16u L2 form b^2 and c^2 are signed 32-bit products, so they wrap for values of 46341 and above; a negative
- * sum gives 0.
+ * sum gives 0, and may raise the flag of an invalid operation.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize, noxStsBadStep (3 elements a pixel in src, one in dst),
  * noxStsOddStep (16u, 32f), noxStsBadArgument for another norm.

@@ -441,6 +441,9 @@ NOX_API NoxStatus noxiFilterGaussGetBufferSize_32f_C1R(NoxiSize roi, int kernelS
  * boundary of the buffer on are multiplied by an approximate reciprocal of the sum (an estimate and one Newton step)
  * instead of divided by it.
  *
+ * With a sigma of 0, or one whose square vanishes, the middle value is 0 / 0: all taps, and so all pixels, are not
+ * numbers.
+ *
  * Status: noxStsNullPointer (src, dst, buffer), noxStsBadSize, noxStsBadStep (a step below the width, both in plain
  * numbers), noxStsBadArgument (kernelSize below 3 or even), in this order. Runs on the calling thread.
  */

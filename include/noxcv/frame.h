@@ -35,7 +35,10 @@
  *
  * **Floating-point state.** Results are those of round to nearest, with denormals kept, and 64-bit mantissas in the x87
  * unit: what a program starts with. Under another state results may differ, but not between one thread and several: a
- * call's team works under its caller's state, and no thread's state is changed.
+ * call's team works under its caller's state, and no thread's state is changed. Ordinary numbers raise no flag of an
+ * invalid operation, unless a function's comment says so.
+ *
+ * **Stack.** A call takes at most 16384 bytes of it, all its functions together.
  */
 #ifndef NOXCV_FRAME_H
 #define NOXCV_FRAME_H

@@ -78,18 +78,19 @@ NOX_API NoxStatus noxiOpticalFlowPyrLKFree_32f_C1R(NoxiOptFlowPyrLKState *state)
  * @param prevPts    points of the first image, in pixels of level 0.
  * @param nextPts    in: where to begin; out: where the points are in the second image.
  * @param status     out: 0 for a tracked point, else the number of the level that lost it plus 1 (in 8 bits).
- * @param error      out: the root of the mean squared D over the last common cells of both windows, without their last
- *                   column and row; 0 when there are none.
+ * @param error      out, for lost points too: the root of the mean squared D over the last common cells of both
+ * windows, without their last column and row; 0 when there are none, or no window was read at any level.
  * @param maxLevel   the level to begin with; not above that of either pyramid.
  * @param maxIter    steps at a level, at least 1.
  * @param threshold  length of a step that ends a level, in pixels of the level; not below 0.
  * @param state      of the same type and winSize.
  *
- * A point is lost, and its other results are as they were, where its window has no structure (the determinant is below
- * 2^-52). It is lost with nextPts at the estimate where the two windows have no cell inside both images, as it is with
- * coordinates that are not finite. Where the caller has set no image (null, or a step that is too small or odd): in the
- * second pyramid, points are lost at that level; in the first one they stay where they are and their status is the
- * level itself; at a coarse level that is so for the first point only, the others keep the level above.
+ * A point is lost, with nextPts as it was, where its window has no structure (the determinant is below 2^-52). It is
+ * lost with nextPts at the estimate where the two windows have no cell inside both images, as it is with coordinates
+ * that are not finite. A lost point's error is formed like that of any other. Where the caller has set no image (null,
+ * or a step that is too small or odd): in the second pyramid, points are lost at that level; in the first one they stay
+ * where they are and their status is the level itself; at a coarse level that is so for the first point only, the
+ * others keep the level above.
  *
  * Points are divided among threads; results do not depend on their number.
  *

@@ -254,6 +254,16 @@ TEST(FilterBorder32f, OneAwkwardRow) {
         }
 }
 
+/// A sum of 30 bits whose product with the mean's factor lies 2^-54 of it below a midpoint of two floats: in double it
+/// becomes the midpoint.
+TEST(FilterBorder32f, MeanNextToAMidpoint) {
+    Image<Nox32f> src(90, 3);
+    src.generate([](int x, int y, int) { return y < 2 ? 110000000.0F : x % 3 == 1 ? 11088631.0F : 0.0F; });
+    for (const auto &form : forms32f)
+        for (const int size : sizesOf(form))
+            ASSERT_TRUE(agrees(form, size, src, 1, 0.0F));
+}
+
 TEST(FilterBorder32f, LargeRandomImages) {
     test::Random random(4);
     for (int kind = 0; kind < 3; ++kind) {

@@ -10,6 +10,7 @@
 #include "noxcv.h"
 #include "reference/morphology.h"
 #include "support/image.h"
+#include "support/rowset.h"
 
 namespace test::morphology {
 

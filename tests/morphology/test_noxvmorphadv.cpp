@@ -81,7 +81,8 @@ TYPED_TEST(Compound, EveryKindOfMask) {
                 ASSERT_EQ(Calls<TypeParam>::operations()[operation](src.data(), src.step(), dst.data(), dst.step(),
                                                                     size, 1, state),
                           noxStsNoError);
-                ASSERT_TRUE(sameImage(dst, expected)) << mask.name << " operation " << operation;
+                ASSERT_TRUE(sameImage(test::unsignZeros(dst), test::unsignZeros(expected)))
+                    << mask.name << " operation " << operation;
             }
             ASSERT_TRUE(memory.intact());
         }
@@ -239,7 +240,8 @@ TYPED_TEST(GrayMorphology, EverySizeAndKernel) {
                 ASSERT_EQ((largest ? Call::dilate : Call::erode)(src.data(), src.step(), dst.data(), dst.step(), size,
                                                                  1, state),
                           noxStsNoError);
-                ASSERT_TRUE(sameImage(dst, expected)) << mask.width << "x" << mask.height;
+                ASSERT_TRUE(sameImage(test::unsignZeros(dst), test::unsignZeros(expected)))
+                    << mask.width << "x" << mask.height;
             }
             ASSERT_TRUE(memory.intact());
         }

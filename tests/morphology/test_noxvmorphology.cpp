@@ -63,7 +63,8 @@ struct Calls {
             if (kind == 0)
                 limit(expected, largest);
             ASSERT_EQ(run(largest, src.data(), src.step(), dst.data(), dst.step(), size, 1, state), noxStsNoError);
-            ASSERT_TRUE(sameImage(dst, expected)) << mask.name << " anchor " << mask.anchor.x << "," << mask.anchor.y;
+            ASSERT_TRUE(sameImage(test::unsignZeros(dst), test::unsignZeros(expected)))
+                << mask.name << " anchor " << mask.anchor.x << "," << mask.anchor.y;
             ASSERT_TRUE(memory.intact());
         }
     }
@@ -318,7 +319,7 @@ TEST(MorphologyFloat, GeneralMasksLimitTheirCells) {
                                                    mask.size, mask.anchor);
             const auto entry = largest ? noxiDilateBorderReplicate_32f_C1R : noxiErodeBorderReplicate_32f_C1R;
             ASSERT_EQ(entry(src.data(), src.step(), dst.data(), dst.step(), size, 1, state), noxStsNoError);
-            ASSERT_TRUE(sameImage(dst, expected));
+            ASSERT_TRUE(sameImage(test::unsignZeros(dst), test::unsignZeros(expected)));
         }
     }
     noxiMorphologyFree(state);

@@ -200,6 +200,8 @@ TYPED_TEST(PyrLayer, ManyAndLargeTapsStayExact) {
     expectDown<M>({30, 60}, many, 2.0F, random, 0);
     expectDown<M>({60, 50}, large, 2.3F, random, 0);
     expectUp<M>({30, 20}, {45, 30}, many, 1.5F, random, 0);
+    // Taps that wrap to 15474, 13654, 15474, 13654, 15474: none is negative, and sums leave 32 bits all the same.
+    expectUp<M>({42, 28}, {44, 29}, {-17, 21, -17, 21, -17}, 1.07F, random, 0);
 }
 
 TYPED_TEST(PyrLayer, FlatImagesStayFlat) {

@@ -9,6 +9,7 @@
 #include "support/allocator.h"
 #include "support/image.h"
 #include "support/masks.h"
+#include "support/slices.h"
 #include "support/threads.h"
 
 using test::Image;
@@ -185,13 +186,13 @@ TYPED_TEST(Mean, EveryThreadCountGivesTheSlicesResult) {
     const NoxiSize size = {1024, 521};
     const Image<Nox8u> mask(test::randomMask(size, random));
     for (const Member<T> &member : members<T>())
-        for (int kind = 0; kind < (std::is_floating_point_v<T> ? 3 : 1); ++kind) {
+        for (int kind = -1; kind < (std::is_floating_point_v<T> ? 4 : 0); ++kind) {
             Image<T> a(size.width, size.height, member.channels);
             unsigned noise = 1;
-            // Floats far from zero make two passes; a huge one's sum swallows the others but for their last steps.
-            a.generate([&](int, int, int) { return T(test::slicedElement<T>(noise) + (kind == 1 ? T(3000) : T(0))); });
-            if (kind == 2)
-                a.at(500, 140, member.channels - 1) = T(0x1p60F);
+            // Floats far from zero make two passes.
+            a.generate([&](int, int, int) { return T(test::slicedElement<T>(noise) + (kind == 0 ? T(3000) : T(0))); });
+            if (kind > 0)
+                test::scaleRows(a, unsigned(kind));
             for (const int threads : test::threadCounts()) {
                 const test::ThreadCount count(threads);
                 ASSERT_TRUE(equalsReference(member, a, mask, member.channels)) << threads << " kind " << kind;

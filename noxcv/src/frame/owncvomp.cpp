@@ -45,7 +45,7 @@ bool forked = false;
 } // namespace
 
 bool mayOpenTeam() {
-#ifdef _OPENMP
+#if defined(_OPENMP) || defined(NOXCV_STANDARD_THREADS)
     return !forked;
 #else
     return false;

@@ -6,6 +6,12 @@
 #ifdef _OPENMP
 #include <omp.h>
 #endif
+// Standard threads in place of the runtime's, for a data-race detector: it does not see how the runtime synchronises.
+#ifdef NOXCV_STANDARD_THREADS
+#include <barrier>
+#include <thread>
+#include <vector>
+#endif
 
 #include "noxcore.h"
 #include "noxtypes.h"
@@ -68,6 +74,27 @@ private:
 /// Whether a call may open a team: false in a child of fork, which has none of the runtime's threads.
 bool mayOpenTeam();
 
+#ifdef NOXCV_STANDARD_THREADS
+/// Where the threads of the team that the calling one belongs to wait for each other.
+inline thread_local std::barrier<> *teamBarrier = nullptr;
+
+template <class Body>
+void runStandardTeam(int size, const Body &body) {
+    std::barrier<> all(size);
+    const auto run = [&](int index) {
+        teamBarrier = &all;
+        body(index, size);
+        teamBarrier = nullptr;
+    };
+    std::vector<std::thread> workers;
+    for (int index = 1; index < size; ++index)
+        workers.emplace_back(run, index);
+    run(0);
+    for (std::thread &worker : workers)
+        worker.join();
+}
+#endif
+
 /// body(index, size) on every thread of a team of at most `most` threads, and no more than threads_omp_of_n_nox; the
 /// runtime may deliver fewer (nested region, thread limit). The team works under the caller's floating-point control,
 /// and each of its threads has its own again afterwards. A team of one is the calling thread alone, with no region.
@@ -78,7 +105,9 @@ void runTeam(int most, const Body &body) {
         body(0, 1);
         return;
     }
-#ifdef _OPENMP
+#if defined(NOXCV_STANDARD_THREADS)
+    runStandardTeam(asked, body);
+#elif defined(_OPENMP)
     const FloatControl control = FloatControl::ofThisThread();
 #pragma omp parallel num_threads(asked)
     {
@@ -130,7 +159,10 @@ public:
 
 private:
     void wait() const {
-#ifdef _OPENMP
+#if defined(NOXCV_STANDARD_THREADS)
+        if (team_ > 1)
+            teamBarrier->arrive_and_wait();
+#elif defined(_OPENMP)
         if (team_ > 1) { // a team of one may stand in a region of the caller's, whose barrier is not ours
 #pragma omp barrier
         }
