@@ -92,9 +92,10 @@ public:
 
 private:
     void startMask() const {
-        for (int y = 0; y < positions_.height; ++y)
-            for (int x = 0; x < positions_.width; ++x)
-                mask_.data()[std::size_t(y) * positions_.width + x] = x % pitch_ == 0 && y % pitch_ == 0;
+        std::fill_n(mask_.data(), mask_.count(), Nox8u(0));
+        for (int y = 0; y < positions_.height; y += pitch_)
+            for (int x = 0; x < positions_.width; x += pitch_)
+                mask_.data()[std::size_t(y) * positions_.width + x] = 1;
     }
 
     const Stages &stages_;

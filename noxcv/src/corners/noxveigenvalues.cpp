@@ -231,7 +231,7 @@ NoxStatus average(const Request<T> &r, const Areas<T> &areas, Covariance *result
 }
 
 template <class T>
-NoxStatus covariance(const Request<T> &r, Covariance *result) {
+NoxStatus covarianceOf(const Request<T> &r, Covariance *result) {
     WorkBuffer memory(r.buffer, 32);
     const Areas<T> areas(memory, r.roi);
     const NoxStatus status = derive(r, areas);
@@ -239,6 +239,38 @@ NoxStatus covariance(const Request<T> &r, Covariance *result) {
         return status;
     productsOf(areas.dx, areas.dy, areas.xx, areas.xy, areas.yy, r.roi.width * r.roi.height);
     return average(r, areas, result);
+}
+
+/// Rows that go through the whole pipeline together: with one thread as many as keep the planes in the second cache,
+/// with more all of them, so that a filter's threads start once.
+template <class T>
+int bandRows(const Request<T> &r) {
+    constexpr int cacheBytes = 5 << 18, planes = 5, fewest = 16;
+    if (owncvGetMaxNumThreads() > 1)
+        return r.roi.height;
+    return std::max(cacheBytes / planes / 4 / r.roi.width, fewest);
+}
+
+/// Calls measure(planes, first row, rows) for bands of the image. A band is formed with some rows more on both sides,
+/// where the image has them: the filters take a band's edge for the image's, and what they make next to it is left out.
+template <class T, class Measure>
+NoxStatus forEachBand(const Request<T> &r, const Measure &measure) {
+    const int rows = bandRows(r), halo = r.apertureSize / 2 + r.avgWindow / 2;
+    for (int first = 0; first < r.roi.height;) {
+        const int count = std::min(rows, r.roi.height - first);
+        const int top = std::min(halo, first), below = std::min(halo, r.roi.height - first - count);
+        Request<T> band = r;
+        band.src = reinterpret_cast<const T *>(Rows<const T>{r.src, r.srcStep}[first - top]);
+        band.roi.height = top + count + below;
+        Covariance m = {};
+        const NoxStatus status = covarianceOf(band, &m);
+        if (status != noxStsNoError)
+            return status;
+        const std::ptrdiff_t skipped = static_cast<std::ptrdiff_t>(top) * r.roi.width;
+        measure({m.a + skipped, m.b + skipped, m.c + skipped}, first, count);
+        first += count;
+    }
+    return noxStsNoError;
 }
 
 template <int floats, class T>
@@ -257,26 +289,29 @@ NoxStatus checkCorners(const Request<T> &r) {
 }
 
 template <class T>
+Nox32f *rowOf(const Request<T> &r, int y) {
+    return reinterpret_cast<Nox32f *>(Rows<Nox32f>{r.dst, r.dstStep}[y]);
+}
+
+template <class T>
 NoxStatus minEigenVal(const Request<T> &r) {
-    Covariance m = {};
-    NoxStatus status = checkCorners<1>(r);
-    if (status == noxStsNoError)
-        status = covariance(r, &m);
-    if (status == noxStsNoError)
-        calcMinValues(m.a, m.c, m.b, r.roi.width * 4, r.dst, r.dstStep, r.roi.width, r.roi.height, r.scale());
-    return status;
+    const NoxStatus status = checkCorners<1>(r);
+    if (status != noxStsNoError)
+        return status;
+    return forEachBand(r, [&](const Covariance &m, int first, int rows) {
+        calcMinValues(m.a, m.c, m.b, r.roi.width * 4, rowOf(r, first), r.dstStep, r.roi.width, rows, r.scale());
+    });
 }
 
 template <class T>
 NoxStatus eigenValsVecs(const Request<T> &r) {
-    Covariance m = {};
-    NoxStatus status = checkCorners<6>(r);
-    if (status == noxStsNoError)
-        status = covariance(r, &m);
-    if (status == noxStsNoError)
-        calcValues(m.a, m.c, m.b, r.roi.width * 4, r.dst, r.dstStep, r.roi.width, r.roi.height, r.scale(),
+    const NoxStatus status = checkCorners<6>(r);
+    if (status != noxStsNoError)
+        return status;
+    return forEachBand(r, [&](const Covariance &m, int first, int rows) {
+        calcValues(m.a, m.c, m.b, r.roi.width * 4, rowOf(r, first), r.dstStep, r.roi.width, rows, r.scale(),
                    r.scharr() ? 1 : -1);
-    return status;
+    });
 }
 
 } // namespace

@@ -48,17 +48,17 @@ NOX_TIERS void smallestOfThree(const Element<Nox32s> *src, Element<Nox32s> *dst,
     threeOfRow<Smaller, Nox32s>(src, dst, n);
 }
 
-/// Whether v is a peak beside these extrema of its neighbourhood. The lowest integer's magnitude is above any
-/// threshold.
-NOX_INLINE bool isPeak(Nox32f v, Nox32f largest, Nox32f smallest, Nox32f threshold) {
-    const Nox32f distance = absoluteDifference(v, v > 0 ? largest : smallest);
-    return (clearSign(v) > threshold) & !(distance > std::numeric_limits<Nox32f>::min());
-}
-NOX_INLINE bool isPeak(Nox32s v, Nox32s largest, Nox32s smallest, Nox32s threshold) {
+/// Whether v's magnitude is above the threshold. The lowest integer's is above any.
+NOX_INLINE bool stands(Nox32f v, Nox32f threshold) { return clearSign(v) > threshold; }
+NOX_INLINE bool stands(Nox32s v, Nox32s threshold) {
     const bool below = (v < 0) & ((threshold < 0) | (0U - static_cast<Nox32u>(v) > static_cast<Nox32u>(threshold)));
-    const bool stands = (v > threshold) | below;
-    return stands & (v == (v >= 1 ? largest : smallest));
+    return (v > threshold) | below;
 }
+/// Whether v is one of these extrema of its neighbourhood.
+NOX_INLINE bool isExtremum(Nox32f v, Nox32f largest, Nox32f smallest) {
+    return !(absoluteDifference(v, v > 0 ? largest : smallest) > std::numeric_limits<Nox32f>::min());
+}
+NOX_INLINE bool isExtremum(Nox32s v, Nox32s largest, Nox32s smallest) { return v == (v >= 1 ? largest : smallest); }
 
 /// Three rows of extrema, or of the response itself where its four neighbours count.
 template <class T>
@@ -74,12 +74,17 @@ NOX_INLINE bool markPeaks(const Element<T> *values, const Neighbours<T> &neighbo
                           int *__restrict marks) {
     const Neighbours<T> near = neighbours; // which no mark changes
     int found = 0;
+    for (int i = 0; i < count; ++i)
+        found |= stands(values[first + i], threshold) ? 1 : 0;
+    if (found == 0)
+        return false;
+    found = 0;
     for (int i = 0; i < count; ++i) {
         const int x = first + i;
         const T largest = Larger::of<T>(Larger::of<T>(near.largest[0][x], near.largest[1][x]), near.largest[2][x]);
         const T smallest =
             Smaller::of<T>(Smaller::of<T>(near.smallest[0][x], near.smallest[1][x]), near.smallest[2][x]);
-        const int mark = isPeak(values[x], largest, smallest, threshold) ? 1 : 0;
+        const int mark = stands(values[x], threshold) & isExtremum(values[x], largest, smallest) ? 1 : 0;
         marks[i] = mark;
         found |= mark;
     }

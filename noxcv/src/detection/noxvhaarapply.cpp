@@ -26,23 +26,28 @@ constexpr bool isFloat(Arithmetic a) { return a == Arithmetic::GroupedFloat || a
 template <Arithmetic arithmetic>
 using HaarState = std::conditional_t<isFloat(arithmetic), NoxiHaarClassifier_32f, NoxiHaarClassifier_32s>;
 
-/// A table as the features of one row of positions see it. Coordinates may be anything, so they wrap.
+/// A table as the features of some rows of positions see it. Coordinates may be anything, so addresses wrap.
 template <class Table>
 struct HaarTable {
-    const Element<Table> *row;
-    std::size_t pitch; ///< in elements
+    std::size_t base;    ///< the address of the first position's element
+    std::size_t rowStep; ///< in bytes
 
-    NOX_INLINE const Element<Table> *at(Nox32s x, Nox32s y) const {
-        const std::size_t elements = static_cast<std::size_t>(y) * pitch + static_cast<std::size_t>(x);
-        return reinterpret_cast<const Element<Table> *>(reinterpret_cast<std::size_t>(row) + elements * sizeof(Table));
+    HaarTable(Rows<const Table> rows, int y, int x)
+        : base(reinterpret_cast<std::size_t>(rows[y] + x)), rowStep(static_cast<std::size_t>(rows.step)) {}
+    NOX_INLINE std::size_t at(Nox32s x, Nox32s y) const { return base + offset(x, y); }
+    /// How far a position is from the first one.
+    NOX_INLINE std::size_t offset(Nox32s x, Nox32s y) const {
+        return static_cast<std::size_t>(y) * rowStep + static_cast<std::size_t>(x) * sizeof(Table);
     }
 };
 
-/// One row of positions.
+/// Some rows of positions, one below the other.
 template <class Table, class Number>
-struct HaarRow {
+struct HaarRows {
     HaarTable<Table> upright, tilted;
-    const Element<Number> *norm;
+    Rows<const Number> norm;
+    Rows<Nox8u> mask;
+    NoxiSize size;
     bool mixed; ///< turned classifiers read the tilted table
 };
 
@@ -82,28 +87,27 @@ NoxStatus checkApply(const Arguments<Table, Number> &a, bool mixed, const State 
                         checkEvenSteps<Table>(a.srcStep, a.normStep, mixed ? a.tiltStep : 0));
 }
 
-/// Row y of the positions. A tilted table has one column before the first position, and one row more above it.
+/// Rows of the positions. A tilted table has one column before the first position, and one row more above it.
 template <class Table, class Number>
-HaarRow<Table, Number> rowAt(const Arguments<Table, Number> &a, int y) {
-    const Rows<const Table> src{a.src, a.srcStep}, tilt{a.tilt, a.tiltStep};
-    const Rows<const Number> norm{a.norm, a.normStep};
-    const std::size_t pitch = static_cast<std::size_t>(a.srcStep) / sizeof(Table);
-    const HaarTable<Table> upright = {src[y], pitch};
-    if (a.tilt == nullptr)
-        return {upright, upright, norm[y], false};
-    const std::size_t tiltPitch = static_cast<std::size_t>(a.tiltStep) / sizeof(Table);
-    return {upright, {tilt[y + 1] + 1, tiltPitch}, norm[y], true};
+HaarRows<Table, Number> rowsOf(const Arguments<Table, Number> &a, const Slice &slice) {
+    const Rows<const Table> src{a.src, a.srcStep};
+    const HaarTable<Table> upright(src, slice.first, 0);
+    const bool mixed = a.tilt != nullptr;
+    const HaarTable<Table> tilted =
+        mixed ? HaarTable<Table>(Rows<const Table>{a.tilt, a.tiltStep}, slice.first + 1, 1) : upright;
+    return {upright,
+            tilted,
+            Rows<const Number>{a.norm, a.normStep}.from(slice.first),
+            Rows<Nox8u>{a.mask, a.maskStep}.from(slice.first),
+            {a.roi.width, slice.count},
+            mixed};
 }
 
 template <Arithmetic arithmetic, class Table, class Number>
-int passedOfRows(const Arguments<Table, Number> &a, const HaarState<arithmetic> &stage, int shift, const Slice &slice) {
-    const Rows<Nox8u> mask{a.mask, a.maskStep};
-    int passed = 0;
-    for (int y = slice.first; y < slice.first + slice.count; ++y) {
-        const HaarRow<Table, Number> row = rowAt(a, y);
-        passed += NOX_ON_TIER(passedOfRow<arithmetic, Table>(row, mask[y], a.roi.width, a.threshold, stage, shift));
-    }
-    return passed;
+int passedOfSlice(const Arguments<Table, Number> &a, const HaarState<arithmetic> &stage, int shift,
+                  const Slice &slice) {
+    const HaarRows<Table, Number> rows = rowsOf(a, slice);
+    return NOX_ON_TIER(passedOfRows<arithmetic, Table>(rows, a.threshold, stage, shift));
 }
 
 constexpr int mostSlices = 32;
@@ -117,8 +121,9 @@ int slicesOf(NoxiSize roi) {
 template <Arithmetic arithmetic, class Table, class Number>
 void applyStage(const Arguments<Table, Number> &a, const HaarState<arithmetic> &stage, int slices, int shift) {
     int passed[mostSlices];
-    parallelSlices(a.roi.height, slices,
-                   [&](const Slice &slice) { passed[slice.index] = passedOfRows<arithmetic>(a, stage, shift, slice); });
+    parallelSlices(a.roi.height, slices, [&](const Slice &slice) {
+        passed[slice.index] = passedOfSlice<arithmetic>(a, stage, shift, slice);
+    });
     int total = 0;
     for (int i = 0; i < slices; ++i)
         total += passed[i];

@@ -12,19 +12,12 @@
 #include "tiers.h"
 
 using nox::checkEvenSteps, nox::checkPointers, nox::checkSize, nox::checkStep, nox::firstFailure;
-using nox::Element, nox::Rows;
+using nox::Element, nox::elements, nox::Rows;
 
 namespace {
 
 /// The square that stands for a column without a zero.
 constexpr int noZero = 1000000;
-
-/// Squared distances as the envelope gives them: single precision, or whole numbers.
-NOX_INLINE Nox32f storedSquare(Nox32f square, Nox32f) { return square; }
-NOX_INLINE Nox32f storedSquare(Nox32f square, Nox32s) {
-    constexpr Nox32f most = 2147483520.0F; // the largest float that an int holds
-    return square < most ? square : most;
-}
 
 // --- vertical distances ---
 
@@ -90,14 +83,31 @@ struct Tables {
     }
 };
 
+/// The row's squares as floats, and its new squares from floats: whole numbers are truncated. Both are loops of their
+/// own, so that they go in vectors.
+NOX_INLINE void readSquares(const Element<Nox32f> *row, Nox32f *__restrict values, int width) {
+    std::copy_n(row, width, values);
+}
+NOX_TIERS void readSquares(const Element<Nox32s> *row, Nox32f *__restrict values, int width) {
+    for (int x = 0; x < width; ++x)
+        values[x] = static_cast<Nox32f>(row[x]);
+}
+NOX_INLINE void storeSquares(Element<Nox32f> *, int) {}
+NOX_TIERS void storeSquares(Element<Nox32s> *row, int width) {
+    constexpr Nox32f most = 2147483520.0F; // the largest float that an int holds
+    for (int x = 0; x < width; ++x) {
+        const auto square = __builtin_bit_cast(Nox32f, static_cast<Nox32s>(row[x]));
+        row[x] = static_cast<Nox32s>(square < most ? square : most);
+    }
+}
+
 /// The lower envelope of parabolas over one row. `low` and `high` stand for the ends of the line.
 template <class Square>
 void envelopeRow(Element<Square> *row, int width, const Tables &tables, const Envelope &work) {
     constexpr Nox32f low = -std::numeric_limits<Nox32f>::infinity(), high = 1e6F;
     Nox32f *const values = work.values, *const boundary = work.boundary;
     Nox32s *const apex = work.apex;
-    for (int x = 0; x < width; ++x)
-        values[x] = static_cast<Nox32f>(row[x]);
+    readSquares(elements(row), values, width);
     int k = 0;
     apex[0] = 0;
     boundary[0] = low;
@@ -116,13 +126,15 @@ void envelopeRow(Element<Square> *row, int width, const Tables &tables, const En
         boundary[k] = crossing;
     }
     boundary[k + 1] = std::max(high, static_cast<Nox32f>(width));
+    auto *out = reinterpret_cast<Element<Nox32f> *>(row); // which the values are a copy of
     int kept = 0;
     for (int q = 0; q < width; ++q) {
         while (boundary[kept + 1] < static_cast<Nox32f>(q))
             ++kept;
         const int p = apex[kept];
-        row[q] = static_cast<Square>(storedSquare(tables.squares[q < p ? p - q : q - p] + values[p], Square{}));
+        out[q] = tables.squares[q < p ? p - q : q - p] + values[p];
     }
+    storeSquares(elements(row), width);
 }
 
 // --- buffers ---
