@@ -114,7 +114,7 @@ TYPED_TEST(Eigen, ImagesOfSeveralBands) {
     // With one thread an image of this size goes in bands of some ninety rows; the comparison filters it as a whole.
     test::Random random(11);
     const test::ThreadCount one(1);
-    Image<TypeParam> src(703, 199, 1, 3);
+    Image<TypeParam> src(703, 199, 1, 3 * int(sizeof(TypeParam)));
     src.generate(
         [&](int, int, int) { return TypeParam(random() % 256) / TypeParam(std::is_same_v<TypeParam, Nox8u> ? 1 : 7); });
     for (const Setup<TypeParam> &setup : setups<TypeParam>())
