@@ -142,7 +142,7 @@ void envelopeRow(Element<Square> *row, int width, const Tables &tables, const En
 /// The areas of a work buffer. Columns come before rows, so their counts lie where the tables will.
 template <class Square>
 struct Layout {
-    Rows<Square> grid; ///< of whole numbers only; floats are made in the destination
+    Rows<Square> grid{}; ///< of whole numbers only; floats are made in the destination
     Tables tables;
     Nox32s *above;
     Envelope first;
