@@ -27,7 +27,7 @@ constexpr unsigned char paint = 0xA7;
 unsigned char *stack = nullptr;
 
 /// Bytes of the stack below `here` that do not carry the paint any more.
-int used(const unsigned char *here) {
+[[maybe_unused]] int used(const unsigned char *here) {
     return int(here - std::find_if(stack, const_cast<unsigned char *>(here),
                                    [](unsigned char byte) { return byte != paint; }));
 }
