@@ -80,9 +80,8 @@ struct Frame {
     }
 
     void fillFromSource(int kind) const {
-        fillAboveAndBelow([&](P *row, int y) {
-            copyBytes(row, src[outsideRow(y, top, height, kind)], sizeof(P) * width);
-        });
+        fillAboveAndBelow(
+            [&](P *row, int y) { copyBytes(row, src[outsideRow(y, top, height, kind)], sizeof(P) * width); });
         fillLeftAndRight([&](const P *row, int x) { return row[outsideIndex(x, width, kind)]; });
     }
 };

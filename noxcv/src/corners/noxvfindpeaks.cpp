@@ -84,7 +84,7 @@ NOX_INLINE bool markPeaks(const Element<T> *values, const Neighbours<T> &neighbo
         const T largest = Larger::of<T>(Larger::of<T>(near.largest[0][x], near.largest[1][x]), near.largest[2][x]);
         const T smallest =
             Smaller::of<T>(Smaller::of<T>(near.smallest[0][x], near.smallest[1][x]), near.smallest[2][x]);
-        const int mark = stands(values[x], threshold) & isExtremum(values[x], largest, smallest) ? 1 : 0;
+        const int mark = (stands(values[x], threshold) & isExtremum(values[x], largest, smallest)) ? 1 : 0;
         marks[i] = mark;
         found |= mark;
     }
