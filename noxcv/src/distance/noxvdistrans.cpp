@@ -8,8 +8,6 @@
 #include "noxcv/distance.h"
 #include "noxvdistrans.h"
 
-using nox::checkEvenSteps, nox::checkPointers, nox::checkSize, nox::checkStep, nox::firstFailure, nox::require;
-
 namespace nox {
 namespace {
 
