@@ -136,7 +136,7 @@ struct Seeded {
     Seeded(NoxiSize roi, int channels) : size(roi), src(bench::picture<Nox8u>(roi, channels)), seeds(roi), labels(roi) {
         std::memset(seeds.data(), 0, seeds.count());
         for (int i = 0; i < 200; ++i)
-            seeds.data()[std::size_t(i * 2654435761U % 65536U) * seeds.count() / 65536U] = Nox8u(1 + i);
+            seeds.data()[(i * 2654435761U % 65536U) * static_cast<Nox32u>(seeds.count()) / 65536U] = Nox8u(1 + i);
     }
     Nox8u *freshLabels() const {
         std::memcpy(labels.data(), seeds.data(), seeds.count());
