@@ -14,11 +14,8 @@ target_compile_options(noxcv_flags INTERFACE
   $<$<BOOL:${NOXCV_WERROR}>:-Werror>)
 target_compile_definitions(noxcv_flags INTERFACE $<$<BOOL:${NOXCV_BASELINE}>:NOXCV_BASELINE>)
 if(NOXCV_SANITIZE)
-  target_compile_options(noxcv_flags INTERFACE
-    # Alignment is checked in the library alone: tests look at pixels at odd addresses in their own ways.
-    -fsanitize=address,undefined -fno-sanitize=alignment -fno-sanitize-recover=all -fno-omit-frame-pointer)
   # The instrumentation makes the compiler lose track of what the standard library has initialised.
-  target_compile_options(noxcv_flags INTERFACE -Wno-maybe-uninitialized)
+  target_compile_options(noxcv_flags INTERFACE -fsanitize=address -fno-omit-frame-pointer -Wno-maybe-uninitialized)
   target_link_options(noxcv_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
@@ -39,10 +36,9 @@ target_link_options(noxcv_library_flags INTERFACE -Wl,-Bsymbolic-functions
   # What little the compiler's own runtime adds becomes part of the libraries.
   -static-libgcc -static-libstdc++)
 if(NOXCV_SANITIZE)
-  # tools/check-abi reads the types of arguments from this build.
-  target_compile_options(noxcv_library_flags INTERFACE -g)
-  # Pixels may lie at any address, and kernels must say so.
-  target_compile_options(noxcv_library_flags INTERFACE -fsanitize=alignment -fno-sanitize-recover=alignment)
+  # Alignment, too: pixels may lie at any address, and kernels must say so. The debug information is for tools/check-abi,
+  # which reads the types of arguments from this build.
+  target_compile_options(noxcv_library_flags INTERFACE -g -fsanitize=undefined -fno-sanitize-recover=all)
 endif()
 if(NOT NOXCV_SANITIZE)
   target_link_options(noxcv_library_flags INTERFACE -Wl,-z,defs)

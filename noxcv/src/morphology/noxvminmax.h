@@ -22,8 +22,8 @@ constexpr int windowLineBytes = 8192;
 template <class T>
 using RowRoutine = void (*)(const T *src, T *dst, int width, int window, int anchor);
 
-/// A whole image. `row` is run once on each source row; its results pass through a ring of windowHeight + 1 rows, the
-/// first entries of `rows`, each aligned to 32 bytes and a multiple of 32 bytes long. dst may be src.
+/// A whole image. Rows pass through windowHeight + 1 lines, the first entries of `rows`, each aligned to 32 bytes and a
+/// multiple of 32 bytes long, one right behind the other. dst may be src.
 template <class T>
 using ColumnRoutine = void (*)(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int channels,
                                int windowWidth, int windowHeight, int anchorX, int anchorY, RowRoutine<T> row,

@@ -5,12 +5,16 @@
 // winners of themselves and all rows of that window behind them; the rows behind the window join a running winner, and
 // each output is the winner of the two. So a row costs three steps, whatever n. Windows of 3 and 5 rows are joined
 // directly, two outputs at a time.
+//
+// Minima and maxima of bytes do not mind an order, so columns go first there unless the images overlap: the rows are
+// joined where they lie, into a line that is still in the nearest cache when the row routine makes an output row of it.
 #include <algorithm>
 #include <cfloat>
 #include <cstring>
 #include <type_traits>
 
 #include "noxvminmax.h"
+#include "owncopybytes.h"
 #include "rows.h"
 
 #define NOX_KERNELS "morphology/noxvminmaxkernels.inc"
@@ -101,8 +105,8 @@ struct Columns {
             else if (i == 1 || next >= roi.height)
                 join(i == 1 ? suffix : running, i == 1 ? running : suffix, dst[y]);
             else
-                NOX_ON_TIER_FOR(tierBytes<T>(count),
-                                joinPrefix<Op, T>(running, slotBehind(first, n + i - 1), suffix, dst[y], count));
+                NOX_ON_TIER_FOR(tierBytes<T>(count), joinPrefix<Op, T>(running, running, slotBehind(first, n + i - 1),
+                                                                       suffix, dst[y], count));
         }
     }
 
@@ -153,25 +157,135 @@ void rowsAlone(Columns<Op, T> columns) {
     }
 }
 
-template <class Op, class T>
-void anyHeight(Columns<Op, T> columns, int windowHeight, int anchor) {
+/// Columns before rows. A window is cut at the top and bottom of the image to the rows that are there.
+template <class Op>
+class ColumnsFirst {
+public:
+    ColumnsFirst(const Columns<Op, Nox8u> &call, int windowHeight, int anchor)
+        : call_(call), n_(windowHeight), anchor_(anchor), lines_{call.ring[0], call.ring[1] - call.ring[0]} {}
+
+    void run() {
+        if (n_ > 2 && n_ <= most)
+            fours();
+        else if (n_ == 2)
+            singles(0, height());
+        else
+            for (long long y = 0; y < height(); y += n_)
+                block(static_cast<int>(y));
+    }
+
+private:
+    /// The highest window whose outputs are joined four at a time, from n + 3 rows that the nearest cache should hold.
+    static constexpr int most = 16;
+
+    int bytes() const { return tierBytes<Nox8u>(call_.count); }
+    int height() const { return call_.roi.height; }
+    int rowIn(long long y) const { return static_cast<int>(std::clamp<long long>(y, 0, height() - 1)); }
+    /// Where the columns of output row y go: with windows one pixel wide that is the output.
+    Nox8u *lineFor(int y, int i) const { return call_.windowWidth == 1 ? call_.dst[y] : lines_[i]; }
+    void finish(const Nox8u *line, int y) const {
+        if (call_.windowWidth > 1)
+            call_.row(line, call_.dst[y], call_.roi.width, call_.windowWidth, call_.anchorX);
+    }
+
+    /// Output rows y to end, one at a time.
+    void singles(int y, int end) const {
+        for (; y < end; ++y) {
+            const Nox8u *rows[most];
+            int n = 0;
+            for (int i = rowIn(y - anchor_); i <= rowIn(y - anchor_ + n_ - 1); ++i)
+                rows[n++] = call_.src[i];
+            Nox8u *const line = lineFor(y, 0);
+            if (n > 1)
+                NOX_ON_TIER_FOR(bytes(), joinMany<Op, Nox8u>(rows, n, line, call_.count));
+            else
+                copyBytes(line, rows[0], static_cast<std::size_t>(call_.count));
+            finish(line, y);
+        }
+    }
+    void fours() const {
+        int y = std::min(anchor_, height());
+        singles(0, y);
+        for (; y <= height() - n_ - 3 + anchor_; y += 4) {
+            const Nox8u *const from = call_.src[y - anchor_];
+            Nox8u *const to = lineFor(y, 0);
+            const std::ptrdiff_t toStep = call_.windowWidth == 1 ? call_.dst.step : lines_.step;
+            if (n_ == 3)
+                NOX_ON_TIER_FOR(bytes(), joinFour<Op, 3>(from, call_.src.step, n_, to, toStep, call_.count));
+            else if (n_ == 5)
+                NOX_ON_TIER_FOR(bytes(), joinFour<Op, 5>(from, call_.src.step, n_, to, toStep, call_.count));
+            else
+                NOX_ON_TIER_FOR(bytes(), joinFour<Op, 0>(from, call_.src.step, n_, to, toStep, call_.count));
+            for (int i = 0; i < 4; ++i)
+                finish(lines_[i], y + i);
+        }
+        singles(y, height());
+    }
+
+    /// Output rows top to top + n - 1. Their windows all hold the last row of the first one's window.
+    void block(int top) const {
+        const int first = rowIn(top - anchor_), last = rowIn(0LL + top - anchor_ + n_ - 1), rows = last - first + 1;
+        // The winners of rows first to last - 1 and those behind them lie in lines 0 and on; then two lines more.
+        Nox8u *const running = lines_[n_ - 1], *const line = lines_[n_];
+        if (rows > 1)
+            NOX_ON_TIER_FOR(
+                bytes(), suffixesOf<Op>(call_.src[first], call_.src.step, rows, lines_[0], lines_.step, call_.count));
+        const Nox8u *before = nullptr;
+        for (int y = top; y < height() && y - top < n_; ++y) {
+            const int begin = rowIn(y - anchor_);
+            const long long next = 0LL + y - anchor_ + n_ - 1;
+            const Nox8u *const suffix = begin < last ? lines_[begin - first] : call_.src[last];
+            Nox8u *const to = call_.windowWidth == 1 ? call_.dst[y] : line;
+            if (next > last && next < height() && before == nullptr) {
+                before = call_.src[next];
+                NOX_ON_TIER_FOR(bytes(), joinRows<Op, Nox8u>(before, suffix, to, call_.count));
+            } else if (next > last && next < height()) {
+                NOX_ON_TIER_FOR(bytes(),
+                                joinPrefix<Op, Nox8u>(before, running, call_.src[next], suffix, to, call_.count));
+                before = running;
+            } else if (before != nullptr) {
+                NOX_ON_TIER_FOR(bytes(), joinRows<Op, Nox8u>(before, suffix, to, call_.count));
+            } else if (call_.windowWidth == 1) {
+                copyBytes(to, suffix, static_cast<std::size_t>(call_.count));
+            } else {
+                finish(suffix, y);
+                continue;
+            }
+            finish(to, y);
+        }
+    }
+
+    const Columns<Op, Nox8u> &call_;
+    const int n_, anchor_;
+    const Rows<Nox8u> lines_; ///< n + 1 of them
+};
+
+/// Whether one image ends before the other begins.
+template <class T>
+bool areApart(Rows<const T> src, Rows<T> dst, NoxiSize roi, std::ptrdiff_t count) {
+    return dst[roi.height - 1] + count <= src[0] || src[roi.height - 1] + count <= dst[0];
+}
+
+/// Windows of `taps` rows are joined directly, others by blocks.
+template <class Op, class T, int taps>
+void filterColumns(Columns<Op, T> columns, int windowHeight, int anchor) {
     if (windowHeight == 1) {
         rowsAlone(columns);
         return;
     }
+    if constexpr (std::is_same_v<T, Nox8u>)
+        if (areApart(columns.src, columns.dst, columns.roi, columns.count)) {
+            ColumnsFirst<Op>(columns, windowHeight, anchor).run();
+            return;
+        }
     columns.top(windowHeight, anchor);
+    if constexpr (taps > 0)
+        if (windowHeight == taps) {
+            columns.template direct<taps>(anchor);
+            return;
+        }
     for (int b = 0; b + anchor < columns.roi.height; b += windowHeight + 1)
         columns.block(b, windowHeight, anchor);
-}
-
-template <class Op, class T, int taps>
-void fewRows(Columns<Op, T> columns, int windowHeight, int anchor) {
-    if (windowHeight != taps) {
-        anyHeight(columns, windowHeight, anchor);
-        return;
-    }
-    columns.top(taps, anchor);
-    columns.template direct<taps>(anchor);
 }
 
 } // namespace
@@ -182,10 +296,18 @@ void fewRows(Columns<Op, T> columns, int windowHeight, int anchor) {
 #define NOX_COLUMNS(OP, TYPE)                                                                                          \
     columnsOf<OP, TYPE>(src, srcStep, dst, dstStep, roi, channels, windowWidth, windowHeight, anchorX, row, rows)
 #define NOX_COLUMN_ROUTINES(OP, TYPE, COLUMN01, COLUMN03, COLUMN05, COLUMNVH)                                          \
-    void COLUMN01 NOX_COLUMN_ARGUMENTS(TYPE) { anyHeight(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY); }              \
-    void COLUMN03 NOX_COLUMN_ARGUMENTS(TYPE) { fewRows<OP, TYPE, 3>(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY); }   \
-    void COLUMN05 NOX_COLUMN_ARGUMENTS(TYPE) { fewRows<OP, TYPE, 5>(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY); }   \
-    void COLUMNVH NOX_COLUMN_ARGUMENTS(TYPE) { anyHeight(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY); }
+    void COLUMN01 NOX_COLUMN_ARGUMENTS(TYPE) {                                                                         \
+        filterColumns<OP, TYPE, 0>(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY);                                      \
+    }                                                                                                                  \
+    void COLUMN03 NOX_COLUMN_ARGUMENTS(TYPE) {                                                                         \
+        filterColumns<OP, TYPE, 3>(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY);                                      \
+    }                                                                                                                  \
+    void COLUMN05 NOX_COLUMN_ARGUMENTS(TYPE) {                                                                         \
+        filterColumns<OP, TYPE, 5>(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY);                                      \
+    }                                                                                                                  \
+    void COLUMNVH NOX_COLUMN_ARGUMENTS(TYPE) {                                                                         \
+        filterColumns<OP, TYPE, 0>(NOX_COLUMNS(OP, TYPE), windowHeight, anchorY);                                      \
+    }
 
 NOX_COLUMN_ROUTINES(Smallest, Nox8u, ownFilterMinColumn01_8u_C1R, ownFilterMinColumn03_8u_C1R,
                     ownFilterMinColumn05_8u_C1R, ownFilterMinColumnVH_8u_C1R)
