@@ -189,12 +189,7 @@ Image<T> picture(NoxiSize size, int channels, unsigned seed) {
     }
     return image;
 }
-template Image<Nox8u> picture<Nox8u>(NoxiSize, int, unsigned);
-template Image<Nox8s> picture<Nox8s>(NoxiSize, int, unsigned);
-template Image<Nox16u> picture<Nox16u>(NoxiSize, int, unsigned);
-template Image<Nox16s> picture<Nox16s>(NoxiSize, int, unsigned);
-template Image<Nox32s> picture<Nox32s>(NoxiSize, int, unsigned);
-template Image<Nox32f> picture<Nox32f>(NoxiSize, int, unsigned);
+BENCH_PICTURES(BENCH_DEFINED)
 
 int runAll(int argc, char **argv) {
     Options options;

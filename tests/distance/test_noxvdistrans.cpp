@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "distance/sources.h"
 #include "noxcv.h"
 #include "reference/distance.h"
 #include "support/image.h"
@@ -30,14 +31,6 @@ MEMBER(Nox8u, Nox32s, 8u)
 MEMBER(Nox16u, Nox32s, 8u16u)
 MEMBER(Nox32f, Nox32f, 8u32f)
 #undef MEMBER
-
-/// Zeros with a probability of 1 / rarity; 0 for none.
-Plane<Nox8u> randomSource(NoxiSize size, int rarity, test::Random &random) {
-    Plane<Nox8u> plane(size.width, size.height);
-    for (Nox8u &pixel : plane.pixels)
-        pixel = rarity != 0 && random() % unsigned(rarity) == 0 ? Nox8u(0) : Nox8u(1 + random() % 255);
-    return plane;
-}
 
 template <class T>
 void fill(Image<T> &image, const Plane<T> &plane) {
@@ -117,7 +110,7 @@ void expectReference(const std::vector<NoxiSize> &sizes, unsigned seed) {
     for (const NoxiSize size : sizes)
         for (const auto &metrics : weights<Weight>()) {
             const int rarities[] = {0, 1, 3, 20, size.width * size.height, 200};
-            const Plane<Nox8u> src = randomSource(size, rarities[random() % 6], random);
+            const Plane<Nox8u> src = test::randomSource(size, rarities[random() % 6], random);
             const std::string where = std::to_string(size.width) + "x" + std::to_string(size.height) + " weights " +
                                       std::to_string(metrics[0]) + " " + std::to_string(metrics[1]) + " " +
                                       std::to_string(metrics[2]);
@@ -181,7 +174,7 @@ TYPED_TEST(DistanceTransform, TwinsInEveryTeam) {
     test::Random random(4);
     for (const NoxiSize size : {NoxiSize{33, 21}, {300, 70}, {5, 6}, {1, 12}, {17, 5}, {65, 64}, {90, 2}})
         for (const int rarity : {4, 40, 700}) {
-            const Plane<Nox8u> src = randomSource(size, rarity, random);
+            const Plane<Nox8u> src = test::randomSource(size, rarity, random);
             for (const auto &metrics : three) {
                 const Plane<T> expected = sizeof(T) == 4
                                               ? reference::distance::chamferInHalves<T>(src, metrics.data(), false)
@@ -216,7 +209,7 @@ TYPED_TEST(DistanceTransform, TwinsInEveryTeam) {
         }
     // A team of one, inside a region of the caller's.
     const test::ThreadCount count(2);
-    const Plane<Nox8u> src = randomSource({300, 70}, 50, random);
+    const Plane<Nox8u> src = test::randomSource({300, 70}, 50, random);
     test::insideParallelRegion([&] {
         EXPECT_TRUE(givesPlane(M::threeTwin, src, three[0].data(),
                                reference::distance::chamferInHalves<T>(src, three[0].data(), false)));
@@ -259,7 +252,7 @@ TEST(DistanceTransformInPlace, EqualsTheFormWithTwoImages) {
     for (const int threads : {1, 2}) {
         const test::ThreadCount count(threads);
         for (const NoxiSize size : {NoxiSize{1, 1}, {9, 7}, {300, 80}, {700, 3}}) {
-            const Plane<Nox8u> src = randomSource(size, 60, random);
+            const Plane<Nox8u> src = test::randomSource(size, 60, random);
             Image<Nox8u> image(size.width, size.height, 1, 3);
             fill(image, src);
             EXPECT_EQ(noxiDistanceTransform_3x3_8u_C1IR(image.data(), image.step(), size, metrics), noxStsNoError);

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <vector>
 
+#include "distance/sources.h"
 #include "noxcv.h"
 #include "reference/distance.h"
 #include "support/image.h"
@@ -10,13 +11,6 @@ using reference::distance::Plane;
 using test::Image;
 
 namespace {
-
-Plane<Nox8u> randomSource(NoxiSize size, int rarity, test::Random &random) {
-    Plane<Nox8u> plane(size.width, size.height);
-    for (Nox8u &pixel : plane.pixels)
-        pixel = rarity != 0 && random() % unsigned(rarity) == 0 ? Nox8u(0) : Nox8u(1 + random() % 255);
-    return plane;
-}
 
 /// Runs both forms in buffers of exactly the queried size, at some alignment, and compares with all squared distances.
 void expectDistances(const Plane<Nox8u> &plane, const Plane<double> &squares, int misalignment) {
@@ -69,7 +63,7 @@ TEST(TrueDistance, EqualsBruteForceOnSmallImages) {
     for (int height = 1; height <= 40; height += 1 + height / 6)
         for (int width = 1; width <= 40; width += 1 + width / 6)
             for (const int rarity : {0, 1, 4, 30, 300}) {
-                const Plane<Nox8u> src = randomSource({width, height}, rarity, random);
+                const Plane<Nox8u> src = test::randomSource({width, height}, rarity, random);
                 expectDistances(src, reference::distance::squaredDistances(src), int(random() % 32));
             }
 }
@@ -90,7 +84,7 @@ TEST(TrueDistance, ColumnsWithoutZerosAreAThousandAway) {
 TEST(TrueDistance, SameForEveryThreadCount) {
     test::Random random(2);
     for (const NoxiSize size : {NoxiSize{300, 301}, {17, 33}, {260, 3}, {5, 70}}) {
-        const Plane<Nox8u> plane = randomSource(size, 500, random);
+        const Plane<Nox8u> plane = test::randomSource(size, 500, random);
         Image<Nox8u> src(size.width, size.height);
         src.generate([&](int x, int y, int) { return plane.at(x, y); });
         Image<Nox32f> expected(size.width, size.height, 1, 0, 0);
@@ -122,7 +116,7 @@ TEST(TrueDistanceFull, EqualsBruteForceOnLargerImages) {
     test::Random random(3);
     for (const NoxiSize size : {NoxiSize{700, 60}, {61, 500}, {333, 222}})
         for (const int rarity : {3, 100, 5000}) {
-            const Plane<Nox8u> src = randomSource(size, rarity, random);
+            const Plane<Nox8u> src = test::randomSource(size, rarity, random);
             expectDistances(src, reference::distance::squaredDistances(src), int(random() % 32));
         }
 }

@@ -7,7 +7,7 @@
 
 #include "noxcv.h"
 #include "reference/foreground.h"
-#include "support/allocator.h"
+#include "support/foreground.h"
 #include "support/image.h"
 #include "support/video.h"
 
@@ -142,24 +142,8 @@ TEST(ForegroundGaussian, StartsAsDocumented) {
 }
 
 TEST(ForegroundGaussian, FailedAllocationsLeaveNothing) {
-    const NoxiSize size = {9, 5};
-    for (const Members &m : members) {
-        const Image<Nox8u> first(test::videoFrame(size, m.channels, 0));
-        for (int failAt = 1;; ++failAt) {
-            const test::CountedAllocator allocator(failAt);
-            NoxiForegroundGaussianState *state = nullptr;
-            const NoxStatus status = m.init(first.data(), first.step(), size, &anything, &state);
-            if (status == noxStsNoError) {
-                EXPECT_EQ(failAt, 6);
-                EXPECT_EQ(m.free(state), noxStsNoError);
-                EXPECT_EQ(test::CountedAllocator::live(), 0);
-                break;
-            }
-            ASSERT_EQ(status, noxStsNoMemory);
-            ASSERT_EQ(state, nullptr);
-            ASSERT_EQ(test::CountedAllocator::live(), 0);
-        }
-    }
+    for (const Members &m : members)
+        test::failEachAllocation<NoxiForegroundGaussianState>(m, anything, 5);
 }
 
 TEST(ForegroundGaussian, StatusesInOrder) {
@@ -169,17 +153,8 @@ TEST(ForegroundGaussian, StatusesInOrder) {
         mask.fill(7);
         const Image<Nox8u> before(mask);
         const int step = frame.step();
-        NoxiForegroundGaussianState *state = nullptr, *none = nullptr;
-        EXPECT_EQ(m.init(nullptr, 0, {0, 0}, &anything, &none), noxStsNullPointer);
-        EXPECT_EQ(m.init(frame.data(), 0, {0, 0}, nullptr, &none), noxStsNullPointer);
-        EXPECT_EQ(m.init(frame.data(), 0, {0, 0}, &anything, nullptr), noxStsNullPointer);
-        EXPECT_EQ(m.init(frame.data(), 0, {0, 3}, &anything, &none), noxStsBadSize);
-        EXPECT_EQ(m.init(frame.data(), 0, {6, -1}, &anything, &none), noxStsBadSize);
-        EXPECT_EQ(m.init(frame.data(), step - 1, {6, 3}, &anything, &none), noxStsBadStep);
-        // Models beyond any memory fail as one that cannot be had.
-        EXPECT_EQ(m.init(frame.data(), 2000000000, {20000, 1000000}, &anything, &none), noxStsNoMemory);
-        EXPECT_EQ(m.init(frame.data(), INT_MAX, {INT_MAX / 3, INT_MAX}, &anything, &none), noxStsNoMemory);
-        EXPECT_EQ(none, nullptr);
+        NoxiForegroundGaussianState *state = nullptr;
+        test::expectInitStatuses<NoxiForegroundGaussianState>(m, anything);
         ASSERT_EQ(m.init(frame.data(), step, {6, 3}, &anything, &state), noxStsNoError);
         const auto call = [&](const Nox8u *src, int srcStep, const Nox8u *r, Nox8u *dst, NoxiSize roi,
                               NoxiForegroundGaussianState *s) { return m.detect(src, srcStep, r, 0, dst, 6, roi, s); };

@@ -7,7 +7,7 @@
 
 #include "noxcv.h"
 #include "reference/foreground.h"
-#include "support/allocator.h"
+#include "support/foreground.h"
 #include "support/image.h"
 #include "support/video.h"
 
@@ -215,24 +215,8 @@ TEST(ForegroundHistogram, StartsAsDocumented) {
 }
 
 TEST(ForegroundHistogram, FailedAllocationsLeaveNothing) {
-    const NoxiSize size = {9, 5};
-    for (const Members &m : members) {
-        const Image<Nox8u> first(test::videoFrame(size, m.channels, 0));
-        for (int failAt = 1;; ++failAt) {
-            const test::CountedAllocator allocator(failAt);
-            NoxiForegroundHistogramState *state = nullptr;
-            const NoxStatus status = m.init(first.data(), first.step(), size, &anything, &state);
-            if (status == noxStsNoError) {
-                EXPECT_EQ(failAt, 9);
-                EXPECT_EQ(m.free(state), noxStsNoError);
-                EXPECT_EQ(test::CountedAllocator::live(), 0);
-                break;
-            }
-            ASSERT_EQ(status, noxStsNoMemory);
-            ASSERT_EQ(state, nullptr);
-            ASSERT_EQ(test::CountedAllocator::live(), 0);
-        }
-    }
+    for (const Members &m : members)
+        test::failEachAllocation<NoxiForegroundHistogramState>(m, anything, 8);
 }
 
 TEST(ForegroundHistogram, StatusesInOrder) {
@@ -242,15 +226,8 @@ TEST(ForegroundHistogram, StatusesInOrder) {
         mask.fill(7);
         const Image<Nox8u> before(mask);
         const int step = frame.step();
-        NoxiForegroundHistogramState *state = nullptr, *none = nullptr;
-        EXPECT_EQ(m.init(nullptr, 0, {0, 0}, &anything, &none), noxStsNullPointer);
-        EXPECT_EQ(m.init(frame.data(), 0, {0, 0}, nullptr, &none), noxStsNullPointer);
-        EXPECT_EQ(m.init(frame.data(), 0, {0, 0}, &anything, nullptr), noxStsNullPointer);
-        EXPECT_EQ(m.init(frame.data(), 0, {0, 3}, &anything, &none), noxStsBadSize);
-        EXPECT_EQ(m.init(frame.data(), 0, {6, -1}, &anything, &none), noxStsBadSize);
-        EXPECT_EQ(m.init(frame.data(), step - 1, {6, 3}, &anything, &none), noxStsBadStep);
-        EXPECT_EQ(m.init(frame.data(), INT_MAX, {INT_MAX / 3, INT_MAX}, &anything, &none), noxStsNoMemory);
-        EXPECT_EQ(none, nullptr);
+        NoxiForegroundHistogramState *state = nullptr;
+        test::expectInitStatuses<NoxiForegroundHistogramState>(m, anything);
         ASSERT_EQ(m.init(frame.data(), step, {6, 3}, &anything, &state), noxStsNoError);
         EXPECT_EQ(m.detect(nullptr, 0, mask.data(), 6, {0, 0}, state), noxStsNullPointer);
         EXPECT_EQ(m.detect(frame.data(), 0, nullptr, 6, {0, 0}, state), noxStsNullPointer);

@@ -73,29 +73,34 @@ inline void overLimitedMask(bool largest, View<const Nox32f> src, View<Nox32f> d
             }
 }
 
+/// The winner of the cells from `position` - anchor on, `cells` of them, as far as they lie on the line.
+template <class T, class At>
+T winnerAlong(bool largest, int position, int length, int cells, int anchor, const At &at) {
+    T best = at(position);
+    const int end = int(std::min<long long>(length, 0LL + position - anchor + cells));
+    for (int i = std::max(0, position - anchor); i < end; ++i)
+        best = pick(largest, at(i), best);
+    return best;
+}
+
 /// The winner over a whole rectangle: first of each row, then of each column of the rows' winners.
 template <class T>
 void overRectangle(bool largest, View<const T> src, View<T> dst, NoxiSize roi, NoxiSize size, NoxiPoint anchor) {
     std::vector<T> rows(std::size_t(roi.width) * roi.height * src.channels);
     const View<T> middle{rows.data(), int(roi.width * src.channels * sizeof(T)), src.channels};
-    for (int y = 0; y < roi.height; ++y)
-        for (int x = 0; x < roi.width; ++x)
-            for (int c = 0; c < src.channels; ++c) {
-                T best = src.at(x, y, c);
-                for (int i = std::max(0, x - anchor.x);
-                     i < std::min<long long>(roi.width, 0LL + x - anchor.x + size.width); ++i)
-                    best = pick(largest, src.at(i, y, c), best);
-                middle.at(x, y, c) = best;
-            }
-    for (int y = 0; y < roi.height; ++y)
-        for (int x = 0; x < roi.width; ++x)
-            for (int c = 0; c < src.channels; ++c) {
-                T best = middle.at(x, y, c);
-                for (int i = std::max(0, y - anchor.y);
-                     i < std::min<long long>(roi.height, 0LL + y - anchor.y + size.height); ++i)
-                    best = pick(largest, middle.at(x, i, c), best);
-                dst.at(x, y, c) = best;
-            }
+    const auto forEach = [&](View<T> result, const auto &winner) {
+        for (int y = 0; y < roi.height; ++y)
+            for (int x = 0; x < roi.width; ++x)
+                for (int c = 0; c < src.channels; ++c)
+                    result.at(x, y, c) = winner(x, y, c);
+    };
+    forEach(middle, [&](int x, int y, int c) {
+        return winnerAlong<T>(largest, x, roi.width, size.width, anchor.x, [&](int i) -> T { return src.at(i, y, c); });
+    });
+    forEach(dst, [&](int x, int y, int c) {
+        return winnerAlong<T>(largest, y, roi.height, size.height, anchor.y,
+                              [&](int i) -> T { return middle.at(x, i, c); });
+    });
 }
 
 /// The largest (smallest) sum of a pixel and its kernel value, in extended precision, rounded and limited at the end.
