@@ -82,32 +82,26 @@ void operateRounded(const Lines &lines, Nox32f *dst, int count, const Spread &el
         operateTested<Operator>(lines, dst, count, elements);
 }
 
-/// Outputs near the ends of a row.
-template <class Operator>
-void filterEnd(const Nox32f *src, Nox32f *row, int width, int first, int count, int borderType, Nox32f borderValue) {
-    filterNearEnd<Operator, long double>(src, row, width, first, count, borderType, borderValue,
-                                         [](long double sum) { return static_cast<Nox32f>(sum); });
-}
-
 /// A row of results; `elements` is the spread of the row's pixels and the border value.
 template <class Operator>
-void filterRow(const Nox32f *src, Nox32f *row, int width, int borderType, Nox32f borderValue, const Spread &elements) {
+void filterRow(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends, const Spread &elements) {
     constexpr int reach = Operator::taps / 2;
-    const int inner = std::max(0, width - 2 * reach), left = inner > 0 ? reach : width;
-    filterEnd<Operator>(src, row, width, 0, left, borderType, borderValue);
-    operateRounded<Operator>(RowWindow<Nox32f>{src, 1}, row + left, inner, elements);
-    filterEnd<Operator>(src, row, width, left + inner, width - left - inner, borderType, borderValue);
+    const auto store = [](long double sum) { return static_cast<Nox32f>(sum); };
+    if (width <= 2 * reach)
+        return filterShortRow<Operator, long double>(src, row, width, ends, store);
+    filterEnds<Operator, long double>(src, row, width, ends, store);
+    operateRounded<Operator>(RowWindow<Nox32f>{src, 1}, row + reach, width - 2 * reach, elements);
 }
 
-Spread pixelSpread(const Nox32f *src, int width, int borderType, Nox32f borderValue) {
+Spread pixelSpread(const Nox32f *src, int width, const RowEnds<Nox32f> &ends) {
     const Spread pixels = spreadOf(src, width);
-    return borderType == noxBorderConstant ? join(pixels, spreadOf(&borderValue, 1)) : pixels;
+    return ends.borderType == noxBorderConstant ? join(pixels, spreadOf(&ends.value, 1)) : pixels;
 }
 
 template <class Operator>
-Spread filterRow(const Nox32f *src, Nox32f *row, int width, int borderType, Nox32f borderValue) {
-    const Spread elements = pixelSpread(src, width, borderType, borderValue);
-    filterRow<Operator>(src, row, width, borderType, borderValue, elements);
+Spread filterRow(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends) {
+    const Spread elements = pixelSpread(src, width, ends);
+    filterRow<Operator>(src, row, width, ends, elements);
     return spreadOfSums(elements, Operator::weight);
 }
 
@@ -159,17 +153,17 @@ extern "C" {
 NOX_FILTER_TAPS(Nox32f, 32f)
 
 #define NOX_ROW_KERNEL(TAG, OPERATOR)                                                                                  \
-    static Spread ownFilterRowBorderPipeline_32f_C1R_##TAG(const Nox32f *src, Nox32f *row, int width, int borderType,  \
-                                                           Nox32f borderValue) {                                       \
-        return filterRow<OPERATOR>(src, row, width, borderType, borderValue);                                          \
+    static Spread ownFilterRowBorderPipeline_32f_C1R_##TAG(const Nox32f *src, Nox32f *row, int width,                  \
+                                                           const RowEnds<Nox32f> &ends) {                              \
+        return filterRow<OPERATOR>(src, row, width, ends);                                                             \
     }
 NOX_ROW_KERNELS(NOX_ROW_KERNEL)
 
 static Spread ownFilterRowBorderPipeline_32f_C1R_3x3_kerLaplacian(const Nox32f *src, Nox32f *row, int width,
-                                                                  int borderType, Nox32f borderValue) {
-    const Spread elements = pixelSpread(src, width, borderType, borderValue);
-    filterRow<LaplacianOuterOperator>(src, row, width, borderType, borderValue, elements);
-    filterRow<LaplacianMiddleOperator>(src, row + ringRowLength(width), width, borderType, borderValue, elements);
+                                                                  const RowEnds<Nox32f> &ends) {
+    const Spread elements = pixelSpread(src, width, ends);
+    filterRow<LaplacianOuterOperator>(src, row, width, ends, elements);
+    filterRow<LaplacianMiddleOperator>(src, row + ringRowLength(width), width, ends, elements);
     return spreadOfSums(elements, LaplacianMiddleOperator::weight);
 }
 
