@@ -6,6 +6,7 @@
 #include "noxtypes.h"
 #include "noxvextendedsum.h"
 #include "noxvquotient.h"
+#include "noxvrowlook.h"
 #include "tiers.h"
 
 namespace nox {
@@ -35,9 +36,10 @@ private:
 } // namespace nox
 
 /// Row kernels: one row of src under a border into one ring row, padded to ringRowLength(). Those of floats tell the
-/// spread of the row that they wrote.
+/// spread of the row that they wrote, and keep what they found for the next row.
 using RowKernel8u16s = void (*)(const Nox8u *src, Nox16s *row, int width, const nox::RowEnds<Nox8u> &ends);
-using RowKernel32f = nox::Spread (*)(const Nox32f *src, Nox32f *row, int width, const nox::RowEnds<Nox32f> &ends);
+using RowKernel32f = nox::Spread (*)(const Nox32f *src, Nox32f *row, int width, const nox::RowEnds<Nox32f> &ends,
+                                     nox::RowGuess &guess);
 
 /// Column kernels: the window's rows, from top to bottom, into one row of dst.
 using ColumnKernel16s = void (*)(const Nox16s *const *rows, Nox16s *dst, int width);
@@ -60,6 +62,7 @@ extern const ColumnKernel16s owntabColumn_8u16s[13];
 extern const ColumnKernel16s8s owntabColumn_8u8s[13];
 extern const ColumnKernel16s8u owntabColumn_8u[2];
 extern const ColumnKernel32f owntabColumn_32f[13];
+extern const int columnWeights_32f[13]; ///< their taps' magnitudes, added up
 
 /// @name The engine: a whole image through one row and one column kernel of the tables. Steps are in bytes. rowTaps
 /// serve the constant rows above and below the image; columnTaps stand beside them, and their count is the height of

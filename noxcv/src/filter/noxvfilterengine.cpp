@@ -98,8 +98,9 @@ struct RowStage32f {
     RowKernel32f kernel;
     int width;
     RowEnds<Nox32f> ends;
+    RowGuess guess;
 
-    Spread filter(const Nox32f *src, Nox32f *row) const { return kernel(src, row, width, ends); }
+    Spread filter(const Nox32f *src, Nox32f *row) { return kernel(src, row, width, ends, guess); }
     Spread describe(const Nox32f *row) const { return spreadOf(row, 1); }
 };
 
@@ -159,7 +160,11 @@ void ownFilterConvolution_8u_C1R_omp(Rows<const Nox8u> src, Rows<Nox8u> dst, Nox
 void ownFilterConvolution_32f_C1R_omp(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize size,
                                       const FixedFilter<Nox32f, Nox32f> &filter, Nox8u *buffer, const Slice &slice) {
     const ColumnKernel32f kernel = owntabColumn_32f[filter.columnIndex];
-    const RowStage32f stage = {owntabRow_32f[filter.rowIndex], size.width, rowEnds(filter, size.width)};
+    const Spread border = filter.borderType == noxBorderConstant ? spreadOf(&filter.borderValue, 1) : Spread();
+    const RowStage32f stage = {owntabRow_32f[filter.rowIndex],
+                               size.width,
+                               rowEnds(filter, size.width),
+                               {border, columnWeights_32f[filter.columnIndex]}};
     convolve<Nox32f, Spread>(
         src, dst, size, filter, stage, buffer, slice,
         [&](const Nox32f *const *rows, const Spread &spread, Nox32f *out) { kernel(rows, out, size.width, spread); });
