@@ -118,39 +118,40 @@ void filterTested(const FloatRow &at, const Spread &elements) {
     filterBothEnds<Row, Second, long double>(at.src, at.row, at.width, at.ends);
 }
 
-/// A row of which nothing is known, and what it tells of the next one. Gives the spread of its pixels and the border's.
+/// A row that is shorter than a vector.
 template <class Row, class Second>
-Spread filterUnknown(const FloatRow &at, double weight, RowGuess &guess) {
+void filterShort(const FloatRow &at) {
+    filterShortRow<Row, long double>(at.src, at.row, at.width, at.ends, roundSum);
+    if constexpr (!std::is_void_v<Second>)
+        filterShortRow<Second, long double>(at.src, at.second(), at.width, at.ends, roundSum);
+}
+
+/// A row that is not what it was taken for. Gives the spread of its pixels and the border's.
+template <class Row, class Second>
+Spread filterUnknown(const FloatRow &at, int weight, RowGuess &guess) {
     const Spread elements = join(spreadOf(at.src, at.width), guess.border);
-    guess.kind = RowGuess::Kind::unknown;
-    if (at.width < leastVector + 2 * (Row::taps / 2)) {
-        filterShortRow<Row, long double>(at.src, at.row, at.width, at.ends, roundSum);
-        if constexpr (!std::is_void_v<Second>)
-            filterShortRow<Second, long double>(at.src, at.second(), at.width, at.ends, roundSum);
-        return elements;
-    }
-    guess.grid = Grid::around(elements, weight * guess.columnWeight);
-    if (guess.grid)
-        guess.kind = RowGuess::Kind::grid;
-    if (exactInDouble(elements, weight)) {
-        if (!guess.grid)
-            guess.kind = RowGuess::Kind::wide;
-        guess.rowsToLook = 16;
+    guess.correct(elements, weight);
+    if (exactInDouble(elements, weight))
         filterWide<Row, Second>(at);
-    } else {
+    else
         filterTested<Row, Second>(at, elements);
-    }
     return elements;
 }
 
 /// A row of results. It is taken for what the last one was, and looked at while it is summed.
 template <class Row, class Second = void>
 Spread filterRow(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends, RowGuess &guess) {
-    constexpr int weight = std::is_void_v<Second> ? Row::weight : 8;
+    using Kind = RowGuess::Kind;
+    constexpr int weight = std::is_void_v<Second> ? Row::weight : LaplacianMiddleOperator::weight;
     const FloatRow at = {src, row, width, ends};
-    if (guess.kind == RowGuess::Kind::grid && filterOnGrid<Row, Second>(at, guess.grid))
+    if (width < leastVector + 2 * (Row::taps / 2)) {
+        filterShort<Row, Second>(at);
+        return spreadOfSums(join(spreadOf(src, width), guess.border), weight);
+    }
+    guess.next(src, width, weight);
+    if (guess.kind == Kind::grid && filterOnGrid<Row, Second>(at, guess.grid))
         return spreadOfSums(guess.grid.spread, weight);
-    if (guess.kind == RowGuess::Kind::wide && --guess.rowsToLook > 0) {
+    if (guess.kind == Kind::wide) {
         const Spread elements = join(filterWide<Row, Second>(at), guess.border);
         if (exactInDouble(elements, weight))
             return spreadOfSums(elements, weight);
@@ -211,7 +212,7 @@ void meanColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread 
 Grid gridOfAdded(const Spread &rows) {
     constexpr int bits = 21;
     constexpr double room = (1 << 23) - (1 << bits);
-    return rows.largest * SobelOperator5::weight <= rows.quantum * room ? Grid::of(rows.quantum, bits) : Grid();
+    return rows.largest * SobelOperator5::weight <= rows.quantum * room ? Grid(exponentOf(rows.quantum), bits) : Grid();
 }
 
 /// Adds to what dst holds, which is copied first: it is looked at while it is added, and then may have to be added

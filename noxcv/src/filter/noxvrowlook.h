@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -10,6 +9,14 @@
 #include "noxvextendedsum.h"
 
 namespace nox {
+
+/// 2^exponent, and the exponent of the power of two at or below a number, of normal doubles.
+constexpr double powerOfTwo(int exponent) {
+    return __builtin_bit_cast(double, static_cast<std::uint64_t>(exponent + 1023) << 52);
+}
+constexpr int exponentOf(double positive) {
+    return static_cast<int>(__builtin_bit_cast(std::uint64_t, positive) >> 52) - 1023;
+}
 
 /// Multiples of a power of two q, less than 2^bits q in magnitude: sums of such numbers are exact in single precision
 /// while the taps' weight leaves room. A float is one of them exactly when q (2^23 + 2^22 + 2^bits) can be added and
@@ -21,47 +28,65 @@ struct Grid {
     Spread spread;
 
     Grid() = default;
+
+    /// That of a quantum 2^exponent, for bits up to 21; none where sums might leave the format's range.
     Grid(int exponent, int bits) {
-        const auto unit = static_cast<Nox32f>(std::ldexp(1.0, exponent));
+        if (exponent < -100 || exponent > 100)
+            return;
+        const auto unit = static_cast<Nox32f>(powerOfTwo(exponent));
         const Nox32f middle = unit * 0x1.8p23F;
         shift = middle + unit * static_cast<Nox32f>(1 << bits);
         base = __builtin_bit_cast(Nox32u, middle);
         outside = ~((2U << bits) - 1U);
-        spread = {std::ldexp(1.0, exponent + bits), unit};
-    }
-
-    /// That of a quantum; none where there is no such grid.
-    static Grid of(double quantum, int bits) {
-        return quantum >= 0x1p-100 && quantum <= 0x1p100 ? Grid(std::ilogb(quantum), bits) : Grid();
+        spread = {powerOfTwo(exponent + bits), unit};
     }
 
     /// A grid that holds these elements with room on both sides, of which sums with this weight are exact; none where
     /// there is none.
     static Grid around(const Spread &elements, double weight) {
-        const int bits = std::min(21, 22 - std::ilogb(weight * (1 + 0x1p-18))); // as sumsFit() asks, with its reserve
-        constexpr int ordinary = 10;                                            // of rows of zeros
-        if (!std::isfinite(elements.largest))
+        const int bits = std::min(21, 22 - exponentOf(weight * (1 + 0x1p-18))); // as sumsFit() asks, with its reserve
+        constexpr int ordinary = 10;                                            // of zeros
+        if (elements.largest > std::numeric_limits<Nox32f>::max())
             return {};
-        const bool zeros = elements.largest == 0;
-        const int low = (zeros ? ordinary : std::ilogb(elements.largest) + 1) - bits;
-        const int high = zeros ? low : std::ilogb(elements.quantum);
-        return low > high ? Grid() : of(std::ldexp(1.0, low + (high - low) / 2), bits);
+        if (elements.largest == 0)
+            return {ordinary - bits, bits};
+        const int low = exponentOf(elements.largest) + 1 - bits, high = exponentOf(elements.quantum);
+        return low > high ? Grid() : Grid((low + high) >> 1, bits);
     }
 
     explicit operator bool() const { return shift != 0; }
 };
 
-/// What the rows so far let the next one be taken for. The border value, where it counts, is always part of it.
+/// What the rows so far let the next one be taken for.
 struct RowGuess {
-    enum class Kind { unknown, grid, wide }; ///< wide: sums are exact in double, and no grid is known
+    /// On a grid; none is known, but sums are exact in double; not even that.
+    enum class Kind { unknown, grid, wide, tested };
 
-    Spread border;    ///< of the border value, or of nothing
+    Spread border;    ///< of the border value, where it counts: it is always part of the row
     int columnWeight; ///< of the column kernel that follows
     Kind kind = Kind::unknown;
     Grid grid;
-    int rowsToLook = 0; ///< wide: after so many rows one is looked at for a grid
+    int rowsLeft = 0; ///< wide and tested: after so many rows nothing is known again
 
     RowGuess(const Spread &border, int columnWeight) : border(border), columnWeight(columnWeight) {}
+
+    /// By some of a row's elements.
+    void sample(const Nox32f *row, int width, double weight) {
+        constexpr int enough = 16, later = 16;
+        grid = Grid::around(join(spreadOf(row, std::min(width, enough)), border), weight * columnWeight);
+        kind = grid ? Kind::grid : Kind::wide;
+        rowsLeft = later;
+    }
+    /// By all elements of a row for which the guess was wrong.
+    void correct(const Spread &elements, double weight) {
+        grid = Grid::around(elements, weight * columnWeight);
+        kind = grid ? Kind::grid : exactInDouble(elements, weight) ? Kind::wide : Kind::tested;
+    }
+    /// Before each row.
+    void next(const Nox32f *row, int width, double weight) {
+        if (kind == Kind::unknown || (kind != Kind::grid && --rowsLeft == 0))
+            sample(row, width, weight);
+    }
 };
 
 } // namespace nox
