@@ -89,7 +89,10 @@ void filterColumn(const Nox16s *const *rows, Nox8s *dst, int width, const Quotie
         std::transform(rows, rows + Operator::taps, here, [x](const Nox16s *row) { return row + x; });
         const int length = std::min(blockLength, width - x);
         filterColumn<Operator>(here, sums, length);
-        divideSums(sums, dst + x, length, by);
+        if (length >= leastVector && !by.falls)
+            NOX_ON_TIER_FOR(length, divideVectors(sums, dst + x, length, by.reciprocal));
+        else
+            divideSums(sums, dst + x, length, by);
     }
 }
 
