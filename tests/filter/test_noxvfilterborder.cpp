@@ -168,6 +168,19 @@ TEST(FilterBorder, SmallImages) {
 
 TEST(FilterBorder, StandardSizes) { compareSizes(test::testSizes(), {1, 4, 7, 8, 41, 45, -55, 100}); }
 
+/// Rows whose first, aligned and last vectors overlap in all ways.
+TEST(FilterBorder, LongRows) {
+    forAllForms([]<class T, class Out>(const Form<T, Out> &form) {
+        test::Random random(9);
+        for (int width = 250; width <= 330; width += 3) {
+            Image<T> src(width, 5);
+            test::randomize(src, random);
+            for (const int size : sizesOf(form))
+                ASSERT_TRUE(agrees(form, size, src, width % 5, T(7), 9)) << "width " << width;
+        }
+    });
+}
+
 TEST(FilterBorder8u8s, EveryDivisor) {
     test::Random random(2);
     Image<Nox8u> src(120, 3);
@@ -252,6 +265,55 @@ TEST(FilterBorder32f, OneAwkwardRow) {
                     for (const int border : {0, 1, 3})
                         ASSERT_TRUE(agrees(form, size, src, border, value)) << "row " << awkward;
         }
+}
+
+/// Small integers, and one pixel at every place of a row that no grid holds together with them: larger than they leave
+/// room for, finer, both, or not finite.
+void compareOnePixel(int width) {
+    test::Random random(10);
+    const Nox32f awkward[] = {0x1p24F,  -0x1.000002p24F,     0x1.fffffep-1F, 0x1p-140F, 0x1.234566p40F,
+                              INFINITY, -0x1.8p23F - 513.0F, 0x1.000002p7F,  NAN};
+    Image<Nox32f> src(width, 7);
+    for (int x = 0; x < width; ++x) {
+        src.generate([&](int, int, int) { return Nox32f(int(random() % 512) - 256); });
+        src.at(x, 3) = awkward[x % std::size(awkward)];
+        for (const auto &form : forms32f)
+            for (const int size : sizesOf(form))
+                ASSERT_TRUE(agrees(form, size, src, x % 5, 3.0F)) << "column " << x;
+    }
+}
+
+TEST(FilterBorder32f, OnePixelOffTheGrid) { compareOnePixel(45); }
+TEST(FilterBorder32fFull, OnePixelOffTheGrid) { compareOnePixel(299); }
+
+/// Whole rows of one kind after whole rows of another: what one row tells of the next is wrong at each change.
+TEST(FilterBorder32f, KindsOfRowsInTurn) {
+    test::Random random(11);
+    for (const int rows : {1, 2, 5, 17}) {
+        Image<Nox32f> src(70, 70);
+        src.generate([&](int, int y, int) {
+            switch (y / rows % 7) {
+            case 0:
+                return 0.0F;
+            case 1:
+                return Nox32f(int(random() % 256));
+            case 2: // integers' grids may be that fine, but not with so many bits
+                return std::ldexp(Nox32f(random() % (1U << 21)), -(y % 13));
+            case 3:
+                return Nox32f(random() % (1U << 24)) * 0x1p-20F;
+            case 4:
+                return awkwardElement(random, 0);
+            case 5:
+                return Nox32f(int(random() % 65536)) * 0x1p70F;
+            default:
+                return Nox32f(int(random() % 65536)) * 0x1p-110F;
+            }
+        });
+        for (const auto &form : forms32f)
+            for (const int size : sizesOf(form))
+                for (const int border : {0, 1})
+                    ASSERT_TRUE(agrees(form, size, src, border, 5.0F)) << "rows " << rows;
+    }
 }
 
 /// A sum of 30 bits whose product with the mean's factor lies 2^-54 of it below a midpoint of two floats: in double it

@@ -74,6 +74,10 @@ Spread roughSpread(const Nox32f *elements, int count) {
 
 } // namespace
 
+Spread spreadOfMagnitudes(Nox32u largest, Nox32u smallestLess) {
+    return spreadOf({static_cast<Nox32s>(largest), smallestLess}, 0x1p-23);
+}
+
 Spread spreadOf(const Nox32f *elements, int count) {
     // Where the first few elements are too fine for single precision already, it is enough to know that all are
     // multiples of something that suits double precision, with room for the taps.

@@ -29,6 +29,10 @@ struct Spread {
 /// A spread of count floats: the coarsest quantum where that may matter, and else one that is fine enough.
 Spread spreadOf(const Nox32f *elements, int count);
 
+/// The spread of floats of full 24-bit mantissas, by the bits of the largest magnitude and of the smallest one above
+/// zero, less one.
+Spread spreadOfMagnitudes(Nox32u largest, Nox32u smallestLess);
+
 inline Spread join(const Spread &a, const Spread &b) {
     return {std::max(a.largest, b.largest), std::min(a.quantum, b.quantum)};
 }

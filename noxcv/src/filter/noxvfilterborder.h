@@ -1,16 +1,45 @@
 // The fixed border filters: tables of taps, tables of row and column kernels, and the engine that runs a pair of them.
 #pragma once
 
+#include "borders.h"
 #include "frame/owncvomp.h"
 #include "noxtypes.h"
 #include "noxvextendedsum.h"
 #include "noxvquotient.h"
+#include "noxvrowlook.h"
 #include "tiers.h"
 
+namespace nox {
+
+/// What stands beyond the ends of the rows of an image: the same for all of them.
+template <class Pixel>
+struct RowEnds {
+    int borderType;
+    Pixel value;
+    /// The pixels that stand for those before the row, then for those behind it, for windows of `taps`; -1 for `value`.
+    int places[4];
+
+    RowEnds(int width, int taps, int borderType, Pixel value) : borderType(borderType), value(value) {
+        const int reach = taps / 2;
+        for (int i = 0; i < reach; ++i) {
+            places[i] = placeOf(i - reach, width);
+            places[reach + i] = placeOf(width + i, width);
+        }
+    }
+
+private:
+    int placeOf(int position, int width) const {
+        return borderType == noxBorderConstant ? -1 : borderIndex(position, width, borderType);
+    }
+};
+
+} // namespace nox
+
 /// Row kernels: one row of src under a border into one ring row, padded to ringRowLength(). Those of floats tell the
-/// spread of the row that they wrote.
-using RowKernel8u16s = void (*)(const Nox8u *src, Nox16s *row, int width, int borderType, Nox8u borderValue);
-using RowKernel32f = nox::Spread (*)(const Nox32f *src, Nox32f *row, int width, int borderType, Nox32f borderValue);
+/// spread of the row that they wrote, and keep what they found for the next row.
+using RowKernel8u16s = void (*)(const Nox8u *src, Nox16s *row, int width, const nox::RowEnds<Nox8u> &ends);
+using RowKernel32f = nox::Spread (*)(const Nox32f *src, Nox32f *row, int width, const nox::RowEnds<Nox32f> &ends,
+                                     nox::RowGuess &guess);
 
 /// Column kernels: the window's rows, from top to bottom, into one row of dst.
 using ColumnKernel16s = void (*)(const Nox16s *const *rows, Nox16s *dst, int width);
@@ -33,6 +62,7 @@ extern const ColumnKernel16s owntabColumn_8u16s[13];
 extern const ColumnKernel16s8s owntabColumn_8u8s[13];
 extern const ColumnKernel16s8u owntabColumn_8u[2];
 extern const ColumnKernel32f owntabColumn_32f[13];
+extern const int columnWeights_32f[13]; ///< their taps' magnitudes, added up
 
 /// @name The engine: a whole image through one row and one column kernel of the tables. Steps are in bytes. rowTaps
 /// serve the constant rows above and below the image; columnTaps stand beside them, and their count is the height of
@@ -75,7 +105,7 @@ struct FixedFilter {
 constexpr int laplacianRow = 10;
 
 /// Elements of one half of a ring row.
-constexpr int ringRowLength(int width) { return roundUp(width, 8); }
+constexpr int ringRowLength(int width) { return roundUp(width, 16); }
 } // namespace nox
 
 /// @name The engine on one slice of an image's rows; the rows around the slice are read where the image has them. dst

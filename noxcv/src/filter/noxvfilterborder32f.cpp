@@ -3,14 +3,23 @@
 #include <cstring>
 #include <type_traits>
 
+// Operators on vectors become part of the kernels: no call passes a vector.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
 #include "noxvfilterborder.h"
 #include "noxvfilterkernels.h"
 #include "noxvseparable.h"
 #include "numerics.h"
 
+#define NOX_KERNELS "filter/noxvfilterborder32f.inc"
+#include "noxveachtier.h"
+
 using namespace nox;
 
 namespace {
+
+/// The sums that a vector holds: shorter rows are summed one by one.
+constexpr int leastVector = 8;
 
 template <class Operator>
 struct SingleStep : std::false_type {};
@@ -25,90 +34,148 @@ struct SingleStep<LaplacianOuterOperator> : std::true_type {};
 template <>
 struct SingleStep<LaplacianMiddleOperator> : std::true_type {};
 
+/// Blocks of double sums, tested; in those with a doubtful one each is formed again, and doubtful ones by the
+/// definition.
 template <class Operator, class Lines>
-NOX_TIERS void operateInFloat(const Lines &lines, Element<Nox32f> *__restrict dst, int count) {
-    const Lines local = lines;
-    for (int x = 0; x < count; ++x)
-        dst[x] = operate<Operator, Nox32f>(local, x);
-}
-
-/// Sums in double; Out is double, or float to round them.
-template <class Operator, class T, int Taps, class Out>
-NOX_TIERS void operateInDouble(const Lines<T, Taps> &lines, Out *__restrict out, int count) {
-    Element<Out> *__restrict dst = out;
-    const Lines<T, Taps> local = lines;
-    for (int x = 0; x < count; ++x)
-        dst[x] = static_cast<Out>(operate<Operator, Nox64f>(local, x));
-}
-
-/// A row is converted once, block by block, and not once for each tap.
-template <class Operator, class Out>
-NOX_TIERS void operateInDouble(const RowWindow<Nox32f> &window, Out *__restrict out, int count) {
-    Element<Out> *__restrict dst = out;
-    alignas(32) Nox64f line[blockLength + Operator::taps];
-    const RowWindow<Nox64f> wide = {line, 1};
-    for (int first = 0; first < count; first += blockLength) {
-        const int length = std::min(blockLength, count - first);
-        for (int x = 0; x < length + Operator::taps - 1; ++x)
-            line[x] = window[0][first + x];
-        for (int x = 0; x < length; ++x)
-            dst[first + x] = static_cast<Out>(operate<Operator, Nox64f>(wide, x));
-    }
-}
-
-/// Blocks of double sums, tested; doubtful ones by the definition.
-template <class Operator, class Lines>
-void operateTested(const Lines &lines, Element<Nox32f> *dst, int count, const Spread &elements) {
+void operateTested(const Lines &lines, Nox32f *dst, int count, const Spread &elements) {
     const Nox32f certain = certainFrom(2 * Operator::taps, elements.largest * Operator::weight);
     for (int x = 0; x < count; x += blockLength) {
         const int length = std::min(blockLength, count - x);
         const Lines here = lines.from(x);
-        alignas(32) Nox64f sums[blockLength];
-        operateInDouble<Operator>(here, sums, length);
-        if (storeRoundedTested(sums, dst + x, length, certain))
-            for (int i = 0; i < length; ++i)
-                if (roundsDoubtfully(sums[i], dst[x + i], certain))
-                    dst[x + i] = static_cast<Nox32f>(operate<Operator, long double>(here, i));
+        if (length >= leastVector && !NOX_ON_TIER(sumColumnTested<Operator>(here, dst + x, length, certain)))
+            continue;
+        for (int i = 0; i < length; ++i) {
+            const Nox64f sum = operate<Operator, Nox64f>(here, i);
+            const auto rounded = static_cast<Nox32f>(sum);
+            nox::elements(dst)[x + i] = roundsDoubtfully(sum, rounded, certain)
+                                            ? static_cast<Nox32f>(operate<Operator, long double>(here, i))
+                                            : rounded;
+        }
     }
 }
 
-template <class Operator, class Lines>
-void operateRounded(const Lines &lines, Nox32f *dst, int count, const Spread &elements) {
+/// The lines under the taps of a row operator: the row itself, shifted by a pixel each.
+template <int Taps>
+Lines<Nox32f, Taps> linesUnder(const Nox32f *src) {
+    Lines<Nox32f, Taps> lines;
+    for (int j = 0; j < Taps; ++j)
+        lines.line[j] = src + j;
+    return lines;
+}
+
+Nox32f roundSum(long double sum) { return static_cast<Nox32f>(sum); }
+
+/// The results of a row near its ends, of one operator or two, in an arithmetic that suits its pixels.
+template <class Row, class Second, class R>
+void filterBothEnds(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends) {
+    const auto store = [](R sum) { return static_cast<Nox32f>(sum); };
+    filterEnds<Row, R>(src, row, width, ends, store);
+    if constexpr (!std::is_void_v<Second>)
+        filterEnds<Second, R>(src, row + ringRowLength(width), width, ends, store);
+}
+
+/// A row of pixels as it goes through the kernels.
+struct FloatRow {
+    const Nox32f *src;
+    Nox32f *row;
+    int width;
+    const RowEnds<Nox32f> &ends;
+
+    Nox32f *second() const { return row + ringRowLength(width); }
+};
+
+template <class Row, class Second>
+bool filterOnGrid(const FloatRow &at, const Grid &grid) {
+    constexpr int reach = Row::taps / 2;
+    const int inner = at.width - 2 * reach;
+    if (!NOX_ON_TIER(sumRowOnGrid<Row, Second>(at.src, at.row + reach, at.second() + reach, inner, grid)))
+        return false;
+    filterBothEnds<Row, Second, Nox32f>(at.src, at.row, at.width, at.ends);
+    return true;
+}
+
+/// The spread of the row's pixels; where it tells that sums are not exact in double, the results mean nothing.
+template <class Row, class Second>
+Spread filterWide(const FloatRow &at) {
+    using Real = std::conditional_t<SingleStep<Row>::value, Nox32f, Nox64f>;
+    constexpr int reach = Row::taps / 2;
+    const int inner = at.width - 2 * reach;
+    const Spread spread =
+        NOX_ON_TIER(sumRowWide<Row, Second, Real>(at.src, at.row + reach, at.second() + reach, inner));
+    filterBothEnds<Row, Second, Nox64f>(at.src, at.row, at.width, at.ends);
+    return spread;
+}
+
+/// Of pixels whose sums may not be exact in double.
+template <class Row, class Second>
+void filterTested(const FloatRow &at, const Spread &elements) {
+    constexpr int reach = Row::taps / 2;
+    const int inner = at.width - 2 * reach;
+    if constexpr (SingleStep<Row>::value)
+        filterWide<Row, Second>(at);
+    else
+        operateTested<Row>(linesUnder<Row::taps>(at.src), at.row + reach, inner, elements);
+    filterBothEnds<Row, Second, long double>(at.src, at.row, at.width, at.ends);
+}
+
+/// A row that is shorter than a vector.
+template <class Row, class Second>
+void filterShort(const FloatRow &at) {
+    filterShortRow<Row, long double>(at.src, at.row, at.width, at.ends, roundSum);
+    if constexpr (!std::is_void_v<Second>)
+        filterShortRow<Second, long double>(at.src, at.second(), at.width, at.ends, roundSum);
+}
+
+/// A row that is not what it was taken for. Gives the spread of its pixels and the border's.
+template <class Row, class Second>
+Spread filterUnknown(const FloatRow &at, int weight, RowGuess &guess) {
+    const Spread elements = join(spreadOf(at.src, at.width), guess.border);
+    guess.correct(elements, weight);
+    if (exactInDouble(elements, weight))
+        filterWide<Row, Second>(at);
+    else
+        filterTested<Row, Second>(at, elements);
+    return elements;
+}
+
+/// A row of results. It is taken for what the last one was, and looked at while it is summed.
+template <class Row, class Second = void>
+Spread filterRow(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends, RowGuess &guess) {
+    using Kind = RowGuess::Kind;
+    constexpr int weight = std::is_void_v<Second> ? Row::weight : LaplacianMiddleOperator::weight;
+    const FloatRow at = {src, row, width, ends};
+    if (width < leastVector + 2 * (Row::taps / 2)) {
+        filterShort<Row, Second>(at);
+        return spreadOfSums(join(spreadOf(src, width), guess.border), weight);
+    }
+    guess.next(src, width, weight);
+    if (guess.kind == Kind::grid && filterOnGrid<Row, Second>(at, guess.grid))
+        return spreadOfSums(guess.grid.spread, weight);
+    if (guess.kind == Kind::wide) {
+        const Spread elements = join(filterWide<Row, Second>(at), guess.border);
+        if (exactInDouble(elements, weight))
+            return spreadOfSums(elements, weight);
+    }
+    return spreadOfSums(filterUnknown<Row, Second>(at, weight, guess), weight);
+}
+
+template <class Operator, class Real, int Taps>
+void sumLines(const Lines<Nox32f, Taps> &lines, Nox32f *dst, int count) {
+    if (count >= leastVector)
+        NOX_ON_TIER(sumColumn<Operator, Real>(lines, dst, count));
+    else
+        for (int x = 0; x < count; ++x)
+            elements(dst)[x] = static_cast<Nox32f>(operate<Operator, Real>(lines, x));
+}
+
+template <class Operator, int Taps>
+void operateRounded(const Lines<Nox32f, Taps> &lines, Nox32f *dst, int count, const Spread &elements) {
     if (SingleStep<Operator>() || exactInFloat(elements, Operator::weight))
-        operateInFloat<Operator>(lines, dst, count);
+        sumLines<Operator, Nox32f>(lines, dst, count);
     else if (exactInDouble(elements, Operator::weight))
-        operateInDouble<Operator>(lines, dst, count);
+        sumLines<Operator, Nox64f>(lines, dst, count);
     else
         operateTested<Operator>(lines, dst, count, elements);
-}
-
-/// Outputs near the ends of a row.
-template <class Operator>
-void filterEnd(const Nox32f *src, Nox32f *row, int width, int first, int count, int borderType, Nox32f borderValue) {
-    filterNearEnd<Operator, long double>(src, row, width, first, count, borderType, borderValue,
-                                         [](long double sum) { return static_cast<Nox32f>(sum); });
-}
-
-/// A row of results; `elements` is the spread of the row's pixels and the border value.
-template <class Operator>
-void filterRow(const Nox32f *src, Nox32f *row, int width, int borderType, Nox32f borderValue, const Spread &elements) {
-    constexpr int reach = Operator::taps / 2;
-    const int inner = std::max(0, width - 2 * reach), left = inner > 0 ? reach : width;
-    filterEnd<Operator>(src, row, width, 0, left, borderType, borderValue);
-    operateRounded<Operator>(RowWindow<Nox32f>{src, 1}, row + left, inner, elements);
-    filterEnd<Operator>(src, row, width, left + inner, width - left - inner, borderType, borderValue);
-}
-
-Spread pixelSpread(const Nox32f *src, int width, int borderType, Nox32f borderValue) {
-    const Spread pixels = spreadOf(src, width);
-    return borderType == noxBorderConstant ? join(pixels, spreadOf(&borderValue, 1)) : pixels;
-}
-
-template <class Operator>
-Spread filterRow(const Nox32f *src, Nox32f *row, int width, int borderType, Nox32f borderValue) {
-    const Spread elements = pixelSpread(src, width, borderType, borderValue);
-    filterRow<Operator>(src, row, width, borderType, borderValue, elements);
-    return spreadOfSums(elements, Operator::weight);
 }
 
 template <class Operator>
@@ -123,7 +190,7 @@ struct Mean {
     static constexpr int taps = Operator::taps, weight = Operator::weight;
     template <class R, class... Rest>
     NOX_INLINE static R of(R a, R b, R c, Rest... rest) {
-        return Operator::of(a, b, c, rest...) * R(factor);
+        return Operator::of(a, b, c, rest...) * factor;
     }
 };
 
@@ -134,20 +201,36 @@ void meanColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread 
     // The factor has 24 bits, so the product of a sum of 24 bits is rounded once in single precision, and that of a sum
     // of 29 bits is exact in double.
     if (exactInFloat(spread, Operator::weight))
-        operateInFloat<Product>(lines, dst, width);
+        sumLines<Product, Nox32f>(lines, dst, width);
     else if (sumsFit(29, spread, Operator::weight))
-        operateInDouble<Product>(lines, dst, width);
+        sumLines<Product, Nox64f>(lines, dst, width);
     else
         operateTested<Product>(lines, dst, width, spread);
 }
 
-/// Adds to what dst holds, which is copied first: a doubtful sum is formed twice.
+/// The grid on which what is added to sums of the Laplacian's rows may lie, for the result to be exact.
+Grid gridOfAdded(const Spread &rows) {
+    constexpr int bits = 21;
+    constexpr double room = (1 << 23) - (1 << bits);
+    return rows.largest * SobelOperator5::weight <= rows.quantum * room ? Grid(exponentOf(rows.quantum), bits) : Grid();
+}
+
+/// Adds to what dst holds, which is copied first: it is looked at while it is added, and then may have to be added
+/// once more.
 void addColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &spread) {
+    const Grid grid = gridOfAdded(spread);
     Nox32f first[blockLength];
     for (int x = 0; x < width; x += blockLength) {
         const int length = std::min(blockLength, width - x);
         std::memcpy(first, dst + x, sizeof(Nox32f) * static_cast<std::size_t>(length));
         const Lines<Nox32f, 6> lines = {{rows[0] + x, rows[1] + x, rows[2] + x, rows[3] + x, rows[4] + x, first}};
+        if (length >= leastVector) {
+            if (grid && NOX_ON_TIER(sumLastOnGrid<LaplacianAddOperator>(lines, dst + x, length, grid)))
+                continue;
+            const Spread added = NOX_ON_TIER(sumLastWide<LaplacianAddOperator>(lines, dst + x, length));
+            if (exactInDouble(join(spread, added), LaplacianAddOperator::weight))
+                continue;
+        }
         operateRounded<LaplacianAddOperator>(lines, dst + x, length, join(spread, spreadOf(first, length)));
     }
 }
@@ -159,18 +242,15 @@ extern "C" {
 NOX_FILTER_TAPS(Nox32f, 32f)
 
 #define NOX_ROW_KERNEL(TAG, OPERATOR)                                                                                  \
-    static Spread ownFilterRowBorderPipeline_32f_C1R_##TAG(const Nox32f *src, Nox32f *row, int width, int borderType,  \
-                                                           Nox32f borderValue) {                                       \
-        return filterRow<OPERATOR>(src, row, width, borderType, borderValue);                                          \
+    static Spread ownFilterRowBorderPipeline_32f_C1R_##TAG(const Nox32f *src, Nox32f *row, int width,                  \
+                                                           const RowEnds<Nox32f> &ends, RowGuess &guess) {             \
+        return filterRow<OPERATOR>(src, row, width, ends, guess);                                                      \
     }
 NOX_ROW_KERNELS(NOX_ROW_KERNEL)
 
 static Spread ownFilterRowBorderPipeline_32f_C1R_3x3_kerLaplacian(const Nox32f *src, Nox32f *row, int width,
-                                                                  int borderType, Nox32f borderValue) {
-    const Spread elements = pixelSpread(src, width, borderType, borderValue);
-    filterRow<LaplacianOuterOperator>(src, row, width, borderType, borderValue, elements);
-    filterRow<LaplacianMiddleOperator>(src, row + ringRowLength(width), width, borderType, borderValue, elements);
-    return spreadOfSums(elements, LaplacianMiddleOperator::weight);
+                                                                  const RowEnds<Nox32f> &ends, RowGuess &guess) {
+    return filterRow<LaplacianOuterOperator, LaplacianMiddleOperator>(src, row, width, ends, guess);
 }
 
 #define NOX_COLUMN_KERNEL(TAG, OPERATOR)                                                                               \
@@ -213,4 +293,10 @@ const ColumnKernel32f owntabColumn_32f[13] = {
     NOX_COLUMN(5x5_kerDx),        NOX_COLUMN(3x3_kerDx2), NOX_COLUMN(5x5_kerDx2),   NOX_COLUMN(3x3_kerLaplacian),
     NOX_COLUMN(5x5_kerLaplacian), NOX_COLUMN(3x3_kerAvr), NOX_COLUMN(5x5_kerAvr),   NOX_COLUMN(3x3_kerSobelNeg),
     NOX_COLUMN(5x5_kerSobelNeg)};
+
+const int columnWeights_32f[13] = {
+    ScharrOperator::weight,       DxOperator3::weight,   SobelOperator3::weight, SobelOperator5::weight,
+    DxOperator5::weight,          Dx2Operator3::weight,  Dx2Operator5::weight,   LaplacianColumnOperator::weight,
+    LaplacianAddOperator::weight, MeanOperator3::weight, MeanOperator5::weight,  SobelOperator3::weight,
+    SobelOperator5::weight};
 }

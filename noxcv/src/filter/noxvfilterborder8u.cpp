@@ -1,38 +1,64 @@
 // Row and column kernels of the fixed filters on 8-bit images, through rows of 16 bits.
 #include <algorithm>
 
+// Operators on vectors become part of the kernels: no call passes a vector.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
 #include "noxvfilterborder.h"
 #include "noxvfilterkernels.h"
 #include "numerics.h"
+
+namespace nox {
+
+/// The taps of a row operator that are not zero.
+struct RowTaps {
+    int count = 0;
+    int place[6] = {}, weight[6] = {};
+};
+template <class Row>
+constexpr RowTaps rowTaps = [] {
+    RowTaps taps;
+    for (int j = 0; j < Row::taps; ++j) {
+        const int weight = operateOn<Row>([&](int i) { return i == j ? 1 : 0; });
+        if (weight != 0) {
+            taps.place[taps.count] = j;
+            taps.weight[taps.count++] = weight;
+        }
+    }
+    return taps;
+}();
+
+} // namespace nox
+
+#define NOX_KERNELS "filter/noxvfilterborder8u.inc"
+#include "noxveachtier.h"
 
 using namespace nox;
 
 namespace {
 
-/// Outputs near the ends of a row.
-template <class Operator>
-NOX_INLINE void filterEnd(const Nox8u *src, Nox16s *row, int width, int first, int count, int borderType,
-                          Nox8u borderValue) {
-    filterNearEnd<Operator, int>(src, row, width, first, count, borderType, borderValue,
-                                 [](int sum) NOX_INLINE_LAMBDA { return wrap<Nox16s>(sum); });
-}
+/// The sums that the smallest vector holds: shorter rows are summed one by one.
+constexpr int leastVector = 16;
 
 template <class Operator>
-NOX_TIERS void filterRow(const Nox8u *src, Nox16s *__restrict row, int width, int borderType, Nox8u borderValue) {
+void filterRow(const Nox8u *src, Nox16s *row, int width, const RowEnds<Nox8u> &ends) {
     constexpr int reach = Operator::taps / 2;
-    const int inner = std::max(0, width - 2 * reach), left = inner > 0 ? reach : width;
-    filterEnd<Operator>(src, row, width, 0, left, borderType, borderValue);
-    const RowWindow<Nox8u> window = {src, 1};
-    for (int x = 0; x < inner; ++x)
-        row[reach + x] = wrap<Nox16s>(operate<Operator, int>(window, x));
-    filterEnd<Operator>(src, row, width, left + inner, width - left - inner, borderType, borderValue);
+    const auto store = [](int sum) { return wrap<Nox16s>(sum); };
+    const int inner = width - 2 * reach;
+    if (inner < leastVector)
+        return filterShortRow<Operator, int>(src, row, width, ends, store);
+    filterEnds<Operator, int>(src, row, width, ends, store);
+    NOX_ON_TIER_FOR(inner, sumRow<Operator>(src, row + reach, inner));
 }
 
 template <class Operator>
-NOX_TIERS void filterColumn(const Nox16s *const *rows, Element<Nox16s> *__restrict dst, int width) {
+void filterColumn(const Nox16s *const *rows, Nox16s *sums, int width) {
     const auto lines = linesOf<Operator::taps>(rows);
-    for (int x = 0; x < width; ++x)
-        dst[x] = wrap<Nox16s>(operate<Operator, int>(lines, x));
+    if (width >= leastVector)
+        NOX_ON_TIER_FOR(width, sumColumn<Operator>(lines, sums, width));
+    else
+        for (int x = 0; x < width; ++x)
+            elements(sums)[x] = wrap<Nox16s>(operate<Operator, int>(lines, x));
 }
 
 NOX_TIERS void addColumn(const Nox16s *const *rows, Element<Nox16s> *dst, int width) {
@@ -41,42 +67,49 @@ NOX_TIERS void addColumn(const Nox16s *const *rows, Element<Nox16s> *dst, int wi
         dst[x] = wrap<Nox16s>(operate<SobelOperator5, int>(lines, x) + dst[x]);
 }
 
-template <bool Falls, class Operator>
-NOX_INLINE void divideColumn(const Nox16s *const *rows, Nox8s *__restrict dst, int width, const Quotient<Nox32f> &by) {
-    const auto lines = linesOf<Operator::taps>(rows);
-    for (int x = 0; x < width; ++x) {
-        const Nox16s sum = wrap<Nox16s>(operate<Operator, int>(lines, x));
-        dst[x] = truncatedQuotient<Nox8s, Falls>(static_cast<Nox32f>(sum), by);
-    }
+template <bool Falls>
+NOX_INLINE void divideSums(const Nox16s *sums, Nox8s *__restrict dst, int width, const Quotient<Nox32f> &by) {
+    for (int x = 0; x < width; ++x)
+        dst[x] = truncatedQuotient<Nox8s, Falls>(static_cast<Nox32f>(sums[x]), by);
+}
+
+NOX_TIERS void divideSums(const Nox16s *sums, Nox8s *dst, int width, const Quotient<Nox32f> &by) {
+    const Quotient<Nox32f> local = by;
+    if (local.falls)
+        divideSums<true>(sums, dst, width, local);
+    else
+        divideSums<false>(sums, dst, width, local);
 }
 
 template <class Operator>
-NOX_TIERS void filterColumn(const Nox16s *const *rows, Nox8s *dst, int width, const Quotient<Nox32f> &by) {
-    const Quotient<Nox32f> local = by;
-    if (local.falls)
-        divideColumn<true, Operator>(rows, dst, width, local);
-    else
-        divideColumn<false, Operator>(rows, dst, width, local);
+void filterColumn(const Nox16s *const *rows, Nox8s *dst, int width, const Quotient<Nox32f> &by) {
+    alignas(32) Nox16s sums[blockLength];
+    for (int x = 0; x < width; x += blockLength) {
+        const Nox16s *here[Operator::taps];
+        std::transform(rows, rows + Operator::taps, here, [x](const Nox16s *row) { return row + x; });
+        const int length = std::min(blockLength, width - x);
+        filterColumn<Operator>(here, sums, length);
+        if (length >= leastVector && !by.falls)
+            NOX_ON_TIER_FOR(length, divideVectors(sums, dst + x, length, by.reciprocal));
+        else
+            divideSums(sums, dst + x, length, by);
+    }
 }
 
 /// The mean of 9 or 25 pixels from rows of sums, at most 255 * 25: (7280 s + 36400) >> 16 = (7280 (s + 5)) >> 16, and
 /// (2621 s) >> 16, both at most 255.
 template <class Operator>
-NOX_TIERS void meanColumn(const Nox16s *const *rows, Nox8u *__restrict dst, int width) {
+void meanColumn(const Nox16s *const *rows, Nox8u *dst, int width) {
     constexpr Nox32u factor = Operator::taps == 3 ? 7280 : 2621;
-    constexpr int added = Operator::taps == 3 ? 5 : 0;
+    constexpr Nox32u added = Operator::taps == 3 ? 5 : 0;
     const auto lines = linesOf<Operator::taps>(rows);
-    for (int first = 0; first < width; first += blockLength) {
-        // The sums rest in memory, since otherwise the compiler adds and multiplies in lanes of 32 bits.
-        alignas(32) Nox16u sums[blockLength];
-        const int length = width - first < blockLength ? width - first : blockLength;
-        for (int x = 0; x < length; ++x)
-            sums[x] = static_cast<Nox16u>(operate<Operator, int>(lines, first + x) + added);
-        for (int x = 0; x < length; ++x) {
-            const auto high = static_cast<Nox16u>((sums[x] * factor) >> 16);
-            dst[first + x] = static_cast<Nox8u>(high);
+    if (width >= leastVector)
+        NOX_ON_TIER_FOR(width, meanOfRows<Operator, factor, added>(lines, dst, width));
+    else
+        for (int x = 0; x < width; ++x) {
+            const auto sum = static_cast<Nox16u>(operate<Operator, int>(lines, x) + static_cast<int>(added));
+            dst[x] = static_cast<Nox8u>((sum * factor) >> 16);
         }
-    }
 }
 
 } // namespace
@@ -86,16 +119,16 @@ extern "C" {
 NOX_FILTER_TAPS(Nox16s, 16s)
 
 #define NOX_ROW_KERNEL(TAG, OPERATOR)                                                                                  \
-    static void ownFilterRowBorderPipeline_8u16s_C1R_##TAG(const Nox8u *src, Nox16s *row, int width, int borderType,   \
-                                                           Nox8u borderValue) {                                        \
-        filterRow<OPERATOR>(src, row, width, borderType, borderValue);                                                 \
+    static void ownFilterRowBorderPipeline_8u16s_C1R_##TAG(const Nox8u *src, Nox16s *row, int width,                   \
+                                                           const RowEnds<Nox8u> &ends) {                               \
+        filterRow<OPERATOR>(src, row, width, ends);                                                                    \
     }
 NOX_ROW_KERNELS(NOX_ROW_KERNEL)
 
 static void ownFilterRowBorderPipeline_8u16s_C1R_3x3_kerLaplacian(const Nox8u *src, Nox16s *row, int width,
-                                                                  int borderType, Nox8u borderValue) {
-    filterRow<LaplacianOuterOperator>(src, row, width, borderType, borderValue);
-    filterRow<LaplacianMiddleOperator>(src, row + ringRowLength(width), width, borderType, borderValue);
+                                                                  const RowEnds<Nox8u> &ends) {
+    filterRow<LaplacianOuterOperator>(src, row, width, ends);
+    filterRow<LaplacianMiddleOperator>(src, row + ringRowLength(width), width, ends);
 }
 
 #define NOX_COLUMN_KERNEL(TAG, OPERATOR)                                                                               \

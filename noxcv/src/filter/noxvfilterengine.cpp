@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "borders.h"
-#include "frame/noxvrowring.h"
 #include "frame/noxvworkbuffer.h"
 #include "noxvfilterborder.h"
 #include "numerics.h"
@@ -33,25 +32,39 @@ Nox32f constantRow(const FixedFilter<Nox32f, Nox32f> &filter) {
     return sum * filter.borderValue;
 }
 
-/// A ring of rows of Mid, each with a description of its elements.
+/// A ring of rows of Mid, each with a description of its elements: the window's.
 template <class Mid, class About, class Pixel, class RowStage>
 class Ring {
 public:
     Ring(Rows<const Pixel> src, NoxiSize size, const FixedFilter<Pixel, Mid> &filter, RowStage stage, Nox8u *buffer)
-        : src_(src), size_(size), filter_(filter), stage_(stage), height_(filter.columnTapCount),
-          rows_(WorkBuffer(buffer, 32).take<Mid>(0), height_,
-                std::ptrdiff_t{ringRowLength(size.width)} * (filter.rowIndex == laplacianRow ? 2 : 1)) {}
-
-    /// Fetches image row y, which may lie outside the image, as the window's last.
-    void push(int y) {
-        std::copy(window_ + 1, window_ + height_, window_);
-        std::copy(about_ + 1, about_ + height_, about_);
-        Mid *row = rows_[y]; // the first row is half a window above the image at most
-        window_[height_ - 1] = row;
-        about_[height_ - 1] = fetch(y, row);
+        : src_(src), size_(size), filter_(filter), stage_(stage), height_(filter.columnTapCount) {
+        Mid *row = WorkBuffer(buffer, 32).take<Mid>(0);
+        for (int j = 0; j < height_; ++j, row += ringRowLength(size.width) * (filter.rowIndex == laplacianRow ? 2 : 1))
+            places_[j] = places_[j + height_] = row;
     }
 
-    const Mid *const *window() const { return window_; }
+    /// Moves the window down: its first row's place becomes that of its last one, which is to be made.
+    void advance() { first_ = first_ + 1 < height_ ? first_ + 1 : 0; }
+    /// The pixels that row y, which may lie outside the image, is made of; null for a constant row.
+    const Pixel *source(int y) const {
+        const bool outside = y < 0 || y >= size_.height;
+        return outside && filter_.borderType == noxBorderConstant
+                   ? nullptr
+                   : src_[borderIndex(y, size_.height, filter_.borderType)];
+    }
+    /// Makes row y as the window's next.
+    void push(int y) {
+        advance();
+        const Pixel *src = source(y);
+        Mid *row = window()[height_ - 1];
+        if (!src)
+            std::fill_n(row, size_.width, constantRow(filter_));
+        last() = src ? stage_.filter(src, row) : stage_.describe(row);
+    }
+
+    Mid *const *window() const { return places_ + first_; }
+    /// The description of the window's last row, and of all rows together.
+    About &last() { return about_[first_]; }
     About about() const {
         About all = about_[0];
         for (int j = 1; j < height_; ++j)
@@ -60,32 +73,22 @@ public:
     }
 
 private:
-    About fetch(int y, Mid *row) const {
-        const bool outside = y < 0 || y >= size_.height;
-        if (outside && filter_.borderType == noxBorderConstant) {
-            std::fill_n(row, size_.width, constantRow(filter_));
-            return stage_.describe(row);
-        }
-        return stage_.filter(src_[borderIndex(y, size_.height, filter_.borderType)], row);
-    }
-
     Rows<const Pixel> src_;
     NoxiSize size_;
     const FixedFilter<Pixel, Mid> &filter_;
     RowStage stage_;
-    int height_;
-    RowRing<Mid> rows_;
-    const Mid *window_[largestWindow] = {};
+    int height_, first_ = 0;
+    Mid *places_[2 * largestWindow]; ///< of each row, twice: a window runs over the ring's end
     About about_[largestWindow] = {};
 };
 
 struct RowStage8u {
     RowKernel8u16s kernel;
-    int width, borderType;
-    Nox8u borderValue;
+    int width;
+    RowEnds<Nox8u> ends;
 
     Nothing filter(const Nox8u *src, Nox16s *row) const {
-        kernel(src, row, width, borderType, borderValue);
+        kernel(src, row, width, ends);
         return {};
     }
     Nothing describe(const Nox16s *) const { return {}; }
@@ -93,10 +96,11 @@ struct RowStage8u {
 
 struct RowStage32f {
     RowKernel32f kernel;
-    int width, borderType;
-    Nox32f borderValue;
+    int width;
+    RowEnds<Nox32f> ends;
+    RowGuess guess;
 
-    Spread filter(const Nox32f *src, Nox32f *row) const { return kernel(src, row, width, borderType, borderValue); }
+    Spread filter(const Nox32f *src, Nox32f *row) { return kernel(src, row, width, ends, guess); }
     Spread describe(const Nox32f *row) const { return spreadOf(row, 1); }
 };
 
@@ -116,8 +120,13 @@ void convolve(Rows<const Pixel> src, Rows<Out> dst, NoxiSize size, const FixedFi
     }
 }
 
+template <class Pixel, class Tap>
+RowEnds<Pixel> rowEnds(const FixedFilter<Pixel, Tap> &filter, int width) {
+    return {width, filter.rowTapCount, filter.borderType, filter.borderValue};
+}
+
 RowStage8u rowStage(const FixedFilter<Nox8u, Nox16s> &filter, int width) {
-    return {owntabRow_8u16s[filter.rowIndex], width, filter.borderType, filter.borderValue};
+    return {owntabRow_8u16s[filter.rowIndex], width, rowEnds(filter, width)};
 }
 
 } // namespace
@@ -151,7 +160,11 @@ void ownFilterConvolution_8u_C1R_omp(Rows<const Nox8u> src, Rows<Nox8u> dst, Nox
 void ownFilterConvolution_32f_C1R_omp(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize size,
                                       const FixedFilter<Nox32f, Nox32f> &filter, Nox8u *buffer, const Slice &slice) {
     const ColumnKernel32f kernel = owntabColumn_32f[filter.columnIndex];
-    const RowStage32f stage = {owntabRow_32f[filter.rowIndex], size.width, filter.borderType, filter.borderValue};
+    const Spread border = filter.borderType == noxBorderConstant ? spreadOf(&filter.borderValue, 1) : Spread();
+    const RowStage32f stage = {owntabRow_32f[filter.rowIndex],
+                               size.width,
+                               rowEnds(filter, size.width),
+                               {border, columnWeights_32f[filter.columnIndex]}};
     convolve<Nox32f, Spread>(
         src, dst, size, filter, stage, buffer, slice,
         [&](const Nox32f *const *rows, const Spread &spread, Nox32f *out) { kernel(rows, out, size.width, spread); });

@@ -4,6 +4,7 @@
 
 #include "borders.h"
 #include "noxtypes.h"
+#include "noxvfilterborder.h"
 #include "noxvfilteroperators.h"
 #include "noxvseparable.h"
 
@@ -42,19 +43,42 @@
 
 namespace nox {
 
-/// Outputs first to first + count - 1 near the ends of a row, in the arithmetic R; store makes a result of a sum.
+/// A pixel of a row, or the one that stands for it outside.
+template <class T>
+NOX_INLINE T pixelAt(const T *src, int position, int width, const RowEnds<T> &ends) {
+    if (position >= 0 && position < width)
+        return elements(src)[position];
+    return ends.borderType == noxBorderConstant ? ends.value
+                                                : T{elements(src)[borderIndex(position, width, ends.borderType)]};
+}
+
+/// Outputs of a row that may be shorter than the window, in the arithmetic R; store makes a result of a sum.
 template <class Operator, class R, class T, class Out, class Store>
-NOX_INLINE void filterNearEnd(const T *src, Out *row, int width, int first, int count, int borderType, T borderValue,
-                              const Store &store) {
+void filterShortRow(const T *src, Out *row, int width, const RowEnds<T> &ends, const Store &store) {
     constexpr int taps = Operator::taps;
-    for (int x = first; x < first + count; ++x) {
-        T pixels[taps];
-        for (int j = 0; j < taps; ++j) {
-            const int position = x + j - taps / 2;
-            const bool constant = borderType == noxBorderConstant && (position < 0 || position >= width);
-            pixels[j] = constant ? borderValue : elements(src)[borderIndex(position, width, borderType)];
-        }
-        row[x] = store(operate<Operator, R>(RowWindow<T>{pixels, 1}, 0));
+    for (int x = 0; x < width; ++x)
+        row[x] = store(
+            operateOn<Operator>([&](int j) { return static_cast<R>(pixelAt(src, x + j - taps / 2, width, ends)); }));
+}
+
+/// The first and the last taps / 2 outputs of a row that is longer than that.
+template <class Operator, class R, class T, class Out, class Store>
+NOX_INLINE void filterEnds(const T *src, Out *row, int width, const RowEnds<T> &ends, const Store &store) {
+    constexpr int taps = Operator::taps, reach = taps / 2;
+    const T *left = src, *right = src + width - 2 * reach;
+    // The pixels under the windows at one end: those outside, then those inside, or the other way round.
+    T first[3 * reach], last[3 * reach];
+    for (int i = 0; i < reach; ++i) {
+        first[i] = ends.places[i] < 0 ? ends.value : T{elements(src)[ends.places[i]]};
+        last[2 * reach + i] = ends.places[reach + i] < 0 ? ends.value : T{elements(src)[ends.places[reach + i]]};
+    }
+    for (int i = 0; i < 2 * reach; ++i) {
+        first[reach + i] = elements(left)[i];
+        last[i] = elements(right)[i];
+    }
+    for (int i = 0; i < reach; ++i) {
+        row[i] = store(operate<Operator, R>(RowWindow<T>{first, 1}, i));
+        row[width - reach + i] = store(operate<Operator, R>(RowWindow<T>{last, 1}, i));
     }
 }
 

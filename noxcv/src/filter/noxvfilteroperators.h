@@ -10,47 +10,47 @@
 namespace nox {
 
 // Each operator has its number of taps; the weight, which its taps' magnitudes add up to; and the formula, in the order
-// in which it is evaluated. R is int, float, double or long double.
+// in which it is evaluated. R is int, float, double, long double, or a vector of 16-bit or of float lanes.
 
 struct DxOperator3 {
     static constexpr int taps = 3, weight = 2;
     template <class R>
-    NOX_INLINE static R of(R a, R, R c) {
+    NOX_INLINE static constexpr R of(R a, R, R c) {
         return c - a;
     }
 };
 struct DxNegOperator3 {
     static constexpr int taps = 3, weight = 2;
     template <class R>
-    NOX_INLINE static R of(R a, R, R c) {
+    NOX_INLINE static constexpr R of(R a, R, R c) {
         return a - c;
     }
 };
 struct Dx2Operator3 {
     static constexpr int taps = 3, weight = 4;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c) {
-        return a - R(2) * b + c;
+    NOX_INLINE static constexpr R of(R a, R b, R c) {
+        return a - 2 * b + c;
     }
 };
 struct SobelOperator3 {
     static constexpr int taps = 3, weight = 4;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c) {
-        return a + R(2) * b + c;
+    NOX_INLINE static constexpr R of(R a, R b, R c) {
+        return a + 2 * b + c;
     }
 };
 struct ScharrOperator {
     static constexpr int taps = 3, weight = 16;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c) {
-        return R(3) * (a + c) + R(10) * b;
+    NOX_INLINE static constexpr R of(R a, R b, R c) {
+        return 3 * (a + c) + 10 * b;
     }
 };
 struct MeanOperator3 {
     static constexpr int taps = 3, weight = 3;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c) {
+    NOX_INLINE static constexpr R of(R a, R b, R c) {
         return a + b + c;
     }
 };
@@ -58,57 +58,57 @@ struct MeanOperator3 {
 struct LaplacianOuterOperator {
     static constexpr int taps = 3, weight = 2;
     template <class R>
-    NOX_INLINE static R of(R a, R, R c) {
+    NOX_INLINE static constexpr R of(R a, R, R c) {
         return a + c;
     }
 };
 struct LaplacianMiddleOperator {
     static constexpr int taps = 3, weight = 8;
     template <class R>
-    NOX_INLINE static R of(R, R b, R) {
-        return R(8) * b;
+    NOX_INLINE static constexpr R of(R, R b, R) {
+        return 8 * b;
     }
 };
 struct LaplacianColumnOperator {
     static constexpr int taps = 3, weight = 5;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c) {
-        return R(2) * (a + c) - b;
+    NOX_INLINE static constexpr R of(R a, R b, R c) {
+        return 2 * (a + c) - b;
     }
 };
 
 struct DxOperator5 {
     static constexpr int taps = 5, weight = 6;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R, R d, R e) {
-        return e - a + R(2) * (d - b);
+    NOX_INLINE static constexpr R of(R a, R b, R, R d, R e) {
+        return e - a + 2 * (d - b);
     }
 };
 struct DxNegOperator5 {
     static constexpr int taps = 5, weight = 6;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R, R d, R e) {
-        return a + R(2) * b - R(2) * d - e;
+    NOX_INLINE static constexpr R of(R a, R b, R, R d, R e) {
+        return a + 2 * b - 2 * d - e;
     }
 };
 struct Dx2Operator5 {
     static constexpr int taps = 5, weight = 4;
     template <class R>
-    NOX_INLINE static R of(R a, R, R c, R, R e) {
-        return a - R(2) * c + e;
+    NOX_INLINE static constexpr R of(R a, R, R c, R, R e) {
+        return a - 2 * c + e;
     }
 };
 struct SobelOperator5 {
     static constexpr int taps = 5, weight = 16;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c, R d, R e) {
-        return a + R(4) * b + R(6) * c + R(4) * d + e;
+    NOX_INLINE static constexpr R of(R a, R b, R c, R d, R e) {
+        return a + 4 * b + 6 * c + 4 * d + e;
     }
 };
 struct MeanOperator5 {
     static constexpr int taps = 5, weight = 5;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c, R d, R e) {
+    NOX_INLINE static constexpr R of(R a, R b, R c, R d, R e) {
         return a + b + c + d + e;
     }
 };
@@ -116,7 +116,7 @@ struct MeanOperator5 {
 struct LaplacianAddOperator {
     static constexpr int taps = 6, weight = 17;
     template <class R>
-    NOX_INLINE static R of(R a, R b, R c, R d, R e, R first) {
+    NOX_INLINE static constexpr R of(R a, R b, R c, R d, R e, R first) {
         return SobelOperator5::of(a, b, c, d, e) + first;
     }
 };
@@ -127,7 +127,7 @@ template <class Operator>
 struct Negative {
     static constexpr int taps = Operator::taps, weight = Operator::weight;
     template <class R, class... Rest>
-    NOX_INLINE static R of(R a, R b, R c, Rest... rest) {
+    NOX_INLINE static constexpr R of(R a, R b, R c, Rest... rest) {
         const R value = Operator::of(a, b, c, rest...);
         if constexpr (std::is_same_v<R, int>)
             return -wrap<Nox16s>(value);
@@ -138,7 +138,7 @@ struct Negative {
 
 /// An operator on what load(j) gives for line j.
 template <class Operator, class Load>
-NOX_INLINE auto operateOn(const Load &load) {
+NOX_INLINE constexpr auto operateOn(const Load &load) {
     if constexpr (Operator::taps == 3)
         return Operator::of(load(0), load(1), load(2));
     else if constexpr (Operator::taps == 5)
