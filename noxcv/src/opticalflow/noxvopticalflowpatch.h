@@ -51,23 +51,28 @@ template <class Cell>
 struct Patches {
     int size, step;
     Cell *first, *second, *ix, *iy;
+    Cell *samples; ///< of the second image under its window: a row and a column more
 
     static constexpr int pitchOf(int size) {
         constexpr int lanes = 32 / sizeof(Cell);
         return roundUp(size, lanes) + lanes;
     }
-    /// Cells of all four.
-    static constexpr long long cellsOf(int size) { return (4LL * size + 2) * pitchOf(size); }
+    /// Cells of all four, and of the samples.
+    static constexpr long long cellsOf(int size) {
+        return (4LL * size + 2) * pitchOf(size) + (size + 1LL) * pitchOf(size + 1);
+    }
 
     /// Carves the patches out of cells that hold zeros.
     Patches(Cell *cells, int windowSize)
         : size(windowSize), step(pitchOf(windowSize) * static_cast<int>(sizeof(Cell))), first(cells),
-          second(first + patchCells(size + 2)), ix(second + patchCells(size)), iy(ix + patchCells(size)) {}
+          second(first + patchCells(size + 2)), ix(second + patchCells(size)), iy(ix + patchCells(size)),
+          samples(iy + patchCells(size)) {}
 
     Rows<const Cell> firstRows() const { return Rows<const Cell>{first + 1, step}.from(1); }
     Rows<const Cell> secondRows() const { return {second, step}; }
     Rows<const Cell> ixRows() const { return {ix, step}; }
     Rows<const Cell> iyRows() const { return {iy, step}; }
+    Rows<Cell> sampleRows() const { return {samples, pitchOf(size + 1) * static_cast<int>(sizeof(Cell))}; }
 
 private:
     std::ptrdiff_t patchCells(int rows) const { return std::ptrdiff_t{pitchOf(size)} * rows; }
