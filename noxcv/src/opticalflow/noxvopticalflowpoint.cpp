@@ -119,18 +119,33 @@ Window PointTracker<T>::cutFirst(const FlowLevel<T> &level, NoxiPoint32f at, boo
 }
 
 template <class T>
-void PointTracker<T>::cutPlanes(const FlowPlanes<Cell> &planes, NoxiSize level, const Window &bounds, NoxiPoint32f at) {
+void PointTracker<T>::cutPlanes(const FlowPlanes<Cell> &planes, const FlowLevel<T> &level, const Window &bounds,
+                                NoxiPoint32f at) {
     if (bounds.empty())
         return;
-    const int column = planeStart(at.x, call_.winSize), row = planeStart(at.y, call_.winSize);
-    const auto cut = [&](const Cell *plane, Cell *patch) {
-        interpolate(plane)(Rows<const Cell>{plane, planes.step}[row] + column, planes.step,
-                           Rows<Cell>{patch, patches_.step}[bounds.min.y] + bounds.min.x, patches_.step,
-                           {level.width + 2, level.height + 2}, {call_.winSize, call_.winSize}, bounds.size(), at.x,
-                           at.y, 0);
+    const NoxiPoint from = {planeStart(at.x, call_.winSize), planeStart(at.y, call_.winSize)};
+    const auto cut = [&](Rows<const Cell> plane, Cell *patch) {
+        interpolate(plane.base)(plane.base, static_cast<int>(plane.step),
+                                Rows<Cell>{patch, patches_.step}[bounds.min.y] + bounds.min.x, patches_.step,
+                                {level.size.width + 2, level.size.height + 2}, {call_.winSize, call_.winSize},
+                                bounds.size(), at.x, at.y, 0);
     };
-    cut(planes.dx, patches_.ix);
-    cut(planes.dy, patches_.iy);
+    const auto cutBoth = [&](Rows<const Cell> dx, Rows<const Cell> dy) {
+        cut(dx, patches_.ix);
+        cut(dy, patches_.iy);
+    };
+    if constexpr (std::is_same_v<T, Nox8u>)
+        if (planes.dx == nullptr) {
+            const Rows<Cell> dx = patches_.planeX(), dy = patches_.planeY();
+            const auto [columns, rows] = bounds.size();
+            levelDerivatives({level.image, level.step}, level.size, from, {columns + 1, rows + 1}, dx, dy,
+                             patches_.planeScratch());
+            return cutBoth({dx.base, dx.step}, {dy.base, dy.step});
+        }
+    const auto cells = [&](const Cell *plane) {
+        return Rows<const Cell>{Rows<const Cell>{plane, planes.step}[from.y] + from.x, planes.step};
+    };
+    cutBoth(cells(planes.dx), cells(planes.dy));
 }
 
 template <class T>
@@ -174,7 +189,7 @@ FlowEnd PointTracker<T>::follow(int point, int level, NoxiPoint32f &estimate, co
     const NoxiPoint32f at = multiplied(pointOf(call_.prevPts, point), call_.pyramid1->rates[level]);
     const Window bounds = cutFirst(first, at, planes == nullptr);
     if (planes != nullptr)
-        cutPlanes(*planes, first.size, bounds, at);
+        cutPlanes(*planes, first, bounds, at);
     else
         convolvePatch(patches_.first)(patches_.first, patches_.step, patches_.ix, patches_.iy, patches_.step,
                                       call_.winSize);

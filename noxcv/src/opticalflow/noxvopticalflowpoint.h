@@ -19,7 +19,7 @@ struct FlowCall {
     Nox64f downScale; ///< from one level to the next finer one
 };
 
-/// Derivatives of a whole level.
+/// Derivatives of a whole level. Without planes they are formed under the window of each point; that is for bytes only.
 template <class Cell>
 struct FlowPlanes {
     const Cell *dx, *dy;
@@ -54,7 +54,7 @@ private:
     FlowEnd follow(int point, int level, NoxiPoint32f &estimate, const FlowPlanes<Cell> *planes);
     FlowEnd iterate(SecondWindow<T> &second, const Window &bounds, NoxiPoint32f &estimate, long double farAway);
     Window cutFirst(const FlowLevel<T> &level, NoxiPoint32f at, bool whole);
-    void cutPlanes(const FlowPlanes<Cell> &planes, NoxiSize level, const Window &bounds, NoxiPoint32f at);
+    void cutPlanes(const FlowPlanes<Cell> &planes, const FlowLevel<T> &level, const Window &bounds, NoxiPoint32f at);
     bool errorCounts(FlowEnd end, int level) const;
     Nox32f residual() const;
 
