@@ -206,13 +206,13 @@ TYPED_TEST(PyrLayer, UpOfLongLines) {
     using M = TypeParam;
     using T = typename M::Element;
     test::Random random(7);
-    for (const auto &kernel : kernels<T>())
-        for (const NoxiSize size : {NoxiSize{1500, 2}, {2, 1500}, {1, 700}})
-            for (const float rate : {1.0001F, 1.5F, 2.0F, 2.7F}) {
-                NoxiSize low{}, high{};
-                noxiGetPyramidUpROI(size, &low, &high, rate);
-                expectUp<M>(size, random() % 2 ? low : high, kernel, rate, random, 0);
-            }
+    const auto &all = kernels<T>();
+    for (const NoxiSize size : {NoxiSize{1500, 2}, {2, 1500}, {1, 700}})
+        for (const float rate : {1.0001F, 1.5F, 2.0F, 2.7F}) {
+            NoxiSize low{}, high{};
+            noxiGetPyramidUpROI(size, &low, &high, rate);
+            expectUp<M>(size, random() % 2 ? low : high, all[random() % all.size()], rate, random, 0);
+        }
 }
 
 /// Places that only the very end of a tap reaches: their sums are so small that the roundings of the samples count.

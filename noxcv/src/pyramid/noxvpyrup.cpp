@@ -229,6 +229,8 @@ public:
 
     void run(Rows<T> dst) {
         const int columns = dst_.width * Channels;
+        // Blocks read on behind the strip's last group, and sums of anything could overflow.
+        std::fill_n(ring_, std::ptrdiff_t{depth_} * sizes_.columns, Row(0));
         for (int begin = 0, count = 0; begin < columns; begin += count) {
             count = makeTable(begin, columns);
             std::fill_n(held_, depth_, INT_MIN);
