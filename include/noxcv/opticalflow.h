@@ -22,6 +22,12 @@ typedef struct NoxiOptFlowPyrLKState NoxiOptFlowPyrLKState;
  * At the finer levels they are computed in the window of each point. The state has scratch for the thread count of its
  * making; under a larger one the points still go to that many threads.
  *
+ * The two sorts of derivatives differ in their last bits. For 8u neither costs much more than the other: with few
+ * points on a large level, those of the whole level are computed where points need them only. 16u and 32f always
+ * compute the whole level, so there a roi should leave out levels that have more than (winSize + 1) (winSize + 1)
+ * pixels for each point: with 2000 points and windows of 21 on 1920 x 1080, a roi that takes in level 0 makes calls
+ * take 1.6 times as long as one of 641 x 481.
+ *
  * @param hint  kept, not looked at.
  *
  * Status, in this order: noxStsNullPointer, noxStsBadSize (winSize or a side below 1), noxStsNoMemory (nothing stays

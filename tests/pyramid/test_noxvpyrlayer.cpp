@@ -139,7 +139,10 @@ void expectUp(NoxiSize srcRoi, NoxiSize dstRoi,
     using T = typename M::Element;
     const int n = int(kernel.size());
     NoxiPyramidLayerState *state = nullptr;
-    ASSERT_GE(M::initUp(&state, dstRoi, rate, kernel.data(), n, 2), noxStsNoError);
+    {
+        const GuardedAllocator guard;
+        ASSERT_GE(M::initUp(&state, dstRoi, rate, kernel.data(), n, 2), noxStsNoError);
+    }
     Image<T> src(srcRoi.width, srcRoi.height, M::channels, padding);
     Image<T> actual(dstRoi.width, dstRoi.height, M::channels, padding), expected(actual);
     test::randomize(src, random);
@@ -150,6 +153,7 @@ void expectUp(NoxiSize srcRoi, NoxiSize dstRoi,
     ASSERT_TRUE(test::sameImage(actual, expected))
         << "source " << srcRoi.width << "x" << srcRoi.height << " to " << dstRoi.width << "x" << dstRoi.height
         << " rate " << rate << " taps " << n;
+    const GuardedAllocator guard;
     M::freeUp(state);
 }
 
@@ -177,6 +181,84 @@ TYPED_TEST(PyrLayer, UpEqualsReference) {
             expectUp<M>(src, low, kernel, rate, random, 0);
             expectUp<M>(src, high, kernel, rate, random, int(random() % 3 * sizeof(T)));
         }
+}
+
+/// Kernels of all lengths over next to no image: the scratch of the state, or of the call, just suffices. With a
+/// negative tap, and without.
+TYPED_TEST(PyrLayer, UpFitsTheSmallestStates) {
+    using M = TypeParam;
+    test::Random random(6);
+    for (int n = 3; n <= 131; n += n > 70 && n < 100 ? 2 : 4)
+        for (const NoxiSize src : {NoxiSize{1, 1}, {1, 9}, {9, 1}}) {
+            std::vector<reference::pyrlayer::LayerTap<typename M::Element>> kernel(n, 1);
+            const float rate = n % 3 == 0 ? 1.0001F : n % 3 == 1 ? 1.5F : 2.0F;
+            NoxiSize low{}, high{};
+            noxiGetPyramidUpROI(src, &low, &high, rate);
+            expectUp<M>(src, low, kernel, rate, random, 0);
+            kernel[n / 2] = 2;
+            kernel.front() = kernel.back() = -1;
+            expectUp<M>(src, high, kernel, rate, random, 0);
+        }
+}
+
+/// Rows of several strips, and lines that no state of that size can list at once.
+TYPED_TEST(PyrLayer, UpOfLongLines) {
+    using M = TypeParam;
+    using T = typename M::Element;
+    test::Random random(7);
+    const auto &all = kernels<T>();
+    for (const NoxiSize size : {NoxiSize{1500, 2}, {2, 1500}, {1, 700}})
+        for (const float rate : {1.0001F, 1.5F, 2.0F, 2.7F}) {
+            NoxiSize low{}, high{};
+            noxiGetPyramidUpROI(size, &low, &high, rate);
+            expectUp<M>(size, random() % 2 ? low : high, all[random() % all.size()], rate, random, 0);
+        }
+}
+
+/// Places that only the very end of a tap reaches: their sums are so small that the roundings of the samples count.
+TYPED_TEST(PyrLayer, UpWithLittleWeightAtSomePlaces) {
+    using M = TypeParam;
+    using T = typename M::Element;
+    test::Random random(8);
+    for (const float rate : {1.0001F, 1.01F, 1.999F, 2.001F, 2.999F, 3.9995F, 4.0005F, 5.003F, 7.99F, 9.999F})
+        for (const auto &kernel : std::vector<std::vector<reference::pyrlayer::LayerTap<T>>>{
+                 {0, 1, 0}, {1, 30000, 1}, {1, 0, 0, 0, 1}, {0, 1, 2, 1, 0}})
+            for (const NoxiSize size : {NoxiSize{60, 3}, {3, 60}}) {
+                NoxiSize low{}, high{};
+                noxiGetPyramidUpROI(size, &low, &high, rate);
+                expectUp<M>(size, high, kernel, rate, random, 0);
+            }
+}
+
+/// Floats that are no numbers stay where they belong.
+TYPED_TEST(PyrLayer, UpKeepsSpecialFloatsApart) {
+    using M = TypeParam;
+    using T = typename M::Element;
+    if constexpr (std::is_floating_point_v<T>) {
+        constexpr float infinity = std::numeric_limits<float>::infinity();
+        for (const float rate : {1.07F, 1.5F, 2.0F, 3.0F}) {
+            const NoxiSize size = {40, 30};
+            NoxiSize low{}, high{};
+            noxiGetPyramidUpROI(size, &low, &high, rate);
+            for (const auto &kernel : kernels<T>()) {
+                const int n = int(kernel.size());
+                NoxiPyramidLayerState *state = nullptr;
+                ASSERT_GE(M::initUp(&state, high, rate, kernel.data(), n, 2), noxStsNoError);
+                Image<T> src(size.width, size.height, M::channels), actual(high.width, high.height, M::channels),
+                    expected(actual);
+                src.generate([&](int x, int y, int c) {
+                    return (x + 3 * y + c) % 47 == 0 ? infinity : (x * y + c) % 61 == 5 ? -infinity : -0.0F;
+                });
+                ASSERT_EQ(M::up(src.data(), src.step(), size, actual.data(), actual.step(), high, state),
+                          noxStsNoError);
+                reference::pyrlayer::layerUp(src.data(), src.step(), size, expected.data(), expected.step(), high,
+                                             M::channels, reference::pyrlayer::normalised(kernel, false, T(0)), n,
+                                             rate);
+                EXPECT_TRUE(test::sameImage(actual, expected)) << "rate " << rate << " taps " << n;
+                M::freeUp(state);
+            }
+        }
+    }
 }
 
 TYPED_TEST(PyrLayer, ZeroSumKernelsKeepTheirOwnLayout) {

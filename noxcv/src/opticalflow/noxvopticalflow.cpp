@@ -177,6 +177,17 @@ private:
         });
     }
 
+    /// Whether derivatives of bytes cost less under the windows of the points than for the whole level: a pixel of the
+    /// level takes as long as some cells of a window.
+    bool fewPoints(int level, NoxiSize size) const {
+        constexpr long long cellsPerPixel = 2;
+        if constexpr (!std::is_same_v<T, Nox8u>)
+            return false;
+        const auto points = std::count(call_.status, call_.status + numPoints_, static_cast<Nox8s>(level + 1));
+        const long long side = call_.winSize + 1;
+        return side * side * points < cellsPerPixel * area(size);
+    }
+
     void runCoarse(int level) const {
         const FlowLevel<T> first(*call_.pyramid1, level);
         if (!first.usable()) {
@@ -189,7 +200,8 @@ private:
         }
         const LevelDerivatives<T> derivatives(state_.buffer + state_.numThreads * sliceBytes<Cell>(call_.winSize),
                                               call_.pyramid1->sizes[coarsest_], state_.numThreads);
-        const FlowPlanes<Cell> planes = derivatives.compute(first);
+        const FlowPlanes<Cell> planes =
+            fewPoints(level, first.size) ? FlowPlanes<Cell>{nullptr, nullptr, 0} : derivatives.compute(first);
         forPoints(level + 1, [&](PointTracker<T> &tracker, int point) { tracker.coarse(point, level, planes); });
     }
 

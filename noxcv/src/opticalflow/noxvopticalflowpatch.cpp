@@ -150,7 +150,67 @@ NOX_TIERS void patchDerivatives(Rows<const Nox32f> src, Rows<Nox32f> ix, Rows<No
     }
 }
 
+// ---- derivatives of a level under a patch ----
+
+/// d and m of eight pixels of a row, from the pixel before the first one on; m is 3, 10, 3 of them.
+struct PixelTerms {
+    __m128i d, m;
+
+    NOX_INLINE explicit PixelTerms(const Nox8u *p) {
+        const auto words = [](const Nox8u *from) NOX_INLINE_LAMBDA {
+            return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(from)), _mm_setzero_si128());
+        };
+        const __m128i left = words(p), right = words(p + 2);
+        d = _mm_sub_epi16(right, left);
+        m = weighted(_mm_add_epi16(left, right), words(p + 1));
+    }
+    /// 3 sides + 10 middle.
+    NOX_INLINE static __m128i weighted(__m128i sides, __m128i middle) {
+        return _mm_add_epi16(_mm_mullo_epi16(sides, _mm_set1_epi16(3)), _mm_mullo_epi16(middle, _mm_set1_epi16(10)));
+    }
+};
+
+/// From pixels that all lie in the image: src begins one row and one column before the first cell. Eight cells at
+/// least; all numbers fit 16 bits.
+NOX_TIERS void pixelDerivatives(Rows<const Nox8u> src, Rows<Nox16s> dx, Rows<Nox16s> dy, NoxiSize size) {
+    for (int next = 0; next < size.width; next += 8) {
+        const int x = std::min(next, size.width - 8); // the last eight, some of them once more
+        PixelTerms above(src[0] + x), here(src[1] + x);
+        for (int y = 0; y < size.height; ++y) {
+            const PixelTerms below(src[y + 2] + x);
+            const __m128i across = PixelTerms::weighted(_mm_add_epi16(above.d, below.d), here.d);
+            store(dx[y] + x, _mm_slli_epi16(across, 2));
+            store(dy[y] + x, _mm_slli_epi16(_mm_sub_epi16(below.m, above.m), 2));
+            above = here;
+            here = below;
+        }
+    }
+}
+
+/// Copies pixels from (x, y) on, some of them outside the image; outside, its edge is repeated.
+void copyWithEdges(Rows<const Nox8u> level, NoxiSize levelSize, NoxiPoint at, Rows<Nox8u> dst, NoxiSize size) {
+    const int before = std::clamp(-at.x, 0, size.width), end = std::clamp(levelSize.width - at.x, before, size.width);
+    for (int y = 0; y < size.height; ++y) {
+        const Nox8u *from = level[std::clamp(at.y + y, 0, levelSize.height - 1)];
+        Nox8u *to = dst[y];
+        std::fill(to, to + before, from[0]);
+        std::copy(from + at.x + before, from + at.x + end, to + before);
+        std::fill(to + end, to + size.width, from[levelSize.width - 1]);
+    }
+}
+
 } // namespace
+
+void nox::levelDerivatives(Rows<const Nox8u> level, NoxiSize levelSize, NoxiPoint at, NoxiSize size, Rows<Nox16s> dx,
+                           Rows<Nox16s> dy, Nox8u *scratch) {
+    const bool inside = at.x > 0 && at.y > 0 && at.x + size.width < levelSize.width &&
+                        at.y + size.height < levelSize.height && size.width >= 8;
+    if (inside)
+        return pixelDerivatives({level[at.y - 1] + at.x - 1, level.step}, dx, dy, size);
+    const Rows<Nox8u> copy = {scratch, size.width + 2};
+    copyWithEdges(level, levelSize, {at.x - 1, at.y - 1}, copy, {size.width + 2, size.height + 2});
+    pixelDerivatives({copy.base, copy.step}, dx, dy, {std::max(size.width, 8), size.height});
+}
 
 extern "C" {
 

@@ -29,6 +29,12 @@ void ownOptConvolution_32f_C1R(const Nox32f *src, int srcStep, Nox32f *ix, Nox32
 
 namespace nox {
 
+/// What the filters give for `size` pixels of a level from pixel (x, y) on: Scharr derivatives with repeated edges,
+/// times
+/// 4. Rows of dx and dy are written up to seven cells too far. `scratch` holds size + 2 bytes both ways, and 16 more.
+void levelDerivatives(Rows<const Nox8u> level, NoxiSize levelSize, NoxiPoint at, NoxiSize size, Rows<Nox16s> dx,
+                      Rows<Nox16s> dy, Nox8u *scratch);
+
 /// Cells min to max of a window, both included.
 struct Window {
     NoxiPoint min, max;
@@ -51,23 +57,34 @@ template <class Cell>
 struct Patches {
     int size, step;
     Cell *first, *second, *ix, *iy;
+    Cell *samples; ///< of the second image under its window: a row and a column more
 
     static constexpr int pitchOf(int size) {
         constexpr int lanes = 32 / sizeof(Cell);
         return roundUp(size, lanes) + lanes;
     }
-    /// Cells of all four.
-    static constexpr long long cellsOf(int size) { return (4LL * size + 2) * pitchOf(size); }
+    /// Cells of all four, and of the samples.
+    static constexpr long long cellsOf(int size) {
+        return (4LL * size + 2) * pitchOf(size) + (size + 1LL) * pitchOf(size + 1);
+    }
 
     /// Carves the patches out of cells that hold zeros.
     Patches(Cell *cells, int windowSize)
         : size(windowSize), step(pitchOf(windowSize) * static_cast<int>(sizeof(Cell))), first(cells),
-          second(first + patchCells(size + 2)), ix(second + patchCells(size)), iy(ix + patchCells(size)) {}
+          second(first + patchCells(size + 2)), ix(second + patchCells(size)), iy(ix + patchCells(size)),
+          samples(iy + patchCells(size)) {}
 
     Rows<const Cell> firstRows() const { return Rows<const Cell>{first + 1, step}.from(1); }
     Rows<const Cell> secondRows() const { return {second, step}; }
     Rows<const Cell> ixRows() const { return {ix, step}; }
     Rows<const Cell> iyRows() const { return {iy, step}; }
+    /// Two planes of a row and a column more than the window has, and scratch for them. They lie where the second
+    /// window, its samples and the derivatives go later: (size + 1)^2 cells and a vector more fit size * pitchOf(size)
+    /// ones.
+    Rows<Cell> planeX() const { return sampleRows(); }
+    Rows<Cell> planeY() const { return {second, (size + 1) * static_cast<int>(sizeof(Cell))}; }
+    Nox8u *planeScratch() const { return reinterpret_cast<Nox8u *>(ix); }
+    Rows<Cell> sampleRows() const { return {samples, pitchOf(size + 1) * static_cast<int>(sizeof(Cell))}; }
 
 private:
     std::ptrdiff_t patchCells(int rows) const { return std::ptrdiff_t{pitchOf(size)} * rows; }

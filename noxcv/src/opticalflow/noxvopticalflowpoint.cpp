@@ -13,8 +13,7 @@ using namespace nox;
 
 namespace {
 
-/// Scale of the patches of 8-bit images: 7 fractional bits.
-constexpr int patchScale = -7;
+/// One over the scale of the patches of 8-bit images.
 constexpr Nox32f patchUnit = 0.0078125F;
 
 constexpr Nox64f smallestDeterminant = 2.220446049250313e-16;
@@ -105,54 +104,67 @@ namespace nox {
 template <class T>
 PointTracker<T>::PointTracker(const FlowCall &call, Cell *cells) : call_(call), patches_(cells, call.winSize) {}
 
+/// Derivatives of the patch reach one cell out of the image, so they need the patch whole.
 template <class T>
-Window PointTracker<T>::cutFirst(const FlowLevel<T> &level, NoxiPoint32f at) {
+Window PointTracker<T>::cutFirst(const FlowLevel<T> &level, NoxiPoint32f at, bool whole) {
     const int size = call_.winSize + 2;
     Window inside{};
-    cutWhole(level, patches_.first, patches_.step, {size, size}, at, inside);
+    if (whole)
+        cutWhole(level, patches_.first, patches_.step, {size, size}, at, inside);
+    else
+        cutInside(level, patches_.first, patches_.step, {size, size}, at, inside);
     shrink(inside.min.x, inside.max.x, call_.winSize);
     shrink(inside.min.y, inside.max.y, call_.winSize);
     return inside;
 }
 
 template <class T>
-Window PointTracker<T>::cutSecond(const FlowLevel<T> &level, NoxiPoint32f at) {
-    Window inside{};
-    cutInside(level, patches_.second, patches_.step, {call_.winSize, call_.winSize}, at, inside);
-    return inside;
-}
-
-template <class T>
-void PointTracker<T>::cutPlanes(const FlowPlanes<Cell> &planes, NoxiSize level, const Window &bounds, NoxiPoint32f at) {
+void PointTracker<T>::cutPlanes(const FlowPlanes<Cell> &planes, const FlowLevel<T> &level, const Window &bounds,
+                                NoxiPoint32f at) {
     if (bounds.empty())
         return;
-    const int column = planeStart(at.x, call_.winSize), row = planeStart(at.y, call_.winSize);
-    const auto cut = [&](const Cell *plane, Cell *patch) {
-        interpolate(plane)(Rows<const Cell>{plane, planes.step}[row] + column, planes.step,
-                           Rows<Cell>{patch, patches_.step}[bounds.min.y] + bounds.min.x, patches_.step,
-                           {level.width + 2, level.height + 2}, {call_.winSize, call_.winSize}, bounds.size(), at.x,
-                           at.y, 0);
+    const NoxiPoint from = {planeStart(at.x, call_.winSize), planeStart(at.y, call_.winSize)};
+    const auto cut = [&](Rows<const Cell> plane, Cell *patch) {
+        interpolate(plane.base)(plane.base, static_cast<int>(plane.step),
+                                Rows<Cell>{patch, patches_.step}[bounds.min.y] + bounds.min.x, patches_.step,
+                                {level.size.width + 2, level.size.height + 2}, {call_.winSize, call_.winSize},
+                                bounds.size(), at.x, at.y, 0);
     };
-    cut(planes.dx, patches_.ix);
-    cut(planes.dy, patches_.iy);
+    const auto cutBoth = [&](Rows<const Cell> dx, Rows<const Cell> dy) {
+        cut(dx, patches_.ix);
+        cut(dy, patches_.iy);
+    };
+    if constexpr (std::is_same_v<T, Nox8u>)
+        if (planes.dx == nullptr) {
+            const Rows<Cell> dx = patches_.planeX(), dy = patches_.planeY();
+            const auto [columns, rows] = bounds.size();
+            levelDerivatives({level.image, level.step}, level.size, from, {columns + 1, rows + 1}, dx, dy,
+                             patches_.planeScratch());
+            return cutBoth({dx.base, dx.step}, {dy.base, dy.step});
+        }
+    const auto cells = [&](const Cell *plane) {
+        return Rows<const Cell>{Rows<const Cell>{plane, planes.step}[from.y] + from.x, planes.step};
+    };
+    cutBoth(cells(planes.dx), cells(planes.dy));
 }
 
 template <class T>
-FlowEnd PointTracker<T>::iterate(const FlowLevel<T> &second, const Window &bounds, NoxiPoint32f &estimate,
+FlowEnd PointTracker<T>::iterate(SecondWindow<T> &second, const Window &bounds, NoxiPoint32f &estimate,
                                  long double farAway) {
     Projection previous = {farAway, farAway};
     NormalEquations equations;
     for (int iteration = 0; iteration < call_.maxIter; ++iteration) {
-        const Window window = common(bounds, cutSecond(second, estimate));
+        const Window window = common(bounds, second.place(estimate));
         const bool moved = iteration == 0 || !(window == window_);
         window_ = window;
         if (window.empty())
             return FlowEnd::outside;
+        second.take(window);
         if (moved)
             equations = NormalEquations(squaredGradients(patches_, window));
         if (!equations.solvable())
             return FlowEnd::lost;
-        const auto [dx, dy] = equations.solve(weightedResiduals(patches_, window));
+        const auto [dx, dy] = equations.solve(second.weightedResiduals(window));
         const long double x = estimate.x + dx, y = estimate.y + dy;
         estimate = toSingle(x, y);
         if (dx * dx + dy * dy < call_.squaredThreshold)
@@ -175,14 +187,25 @@ FlowEnd PointTracker<T>::follow(int point, int level, NoxiPoint32f &estimate, co
     if (!second.usable())
         return FlowEnd::lost;
     const NoxiPoint32f at = multiplied(pointOf(call_.prevPts, point), call_.pyramid1->rates[level]);
-    const Window bounds = cutFirst(first, at);
+    const Window bounds = cutFirst(first, at, planes == nullptr);
     if (planes != nullptr)
-        cutPlanes(*planes, first.size, bounds, at);
+        cutPlanes(*planes, first, bounds, at);
     else
         convolvePatch(patches_.first)(patches_.first, patches_.step, patches_.ix, patches_.iy, patches_.step,
                                       call_.winSize);
     // A first step cannot cancel what is as far away as this.
-    return iterate(second, bounds, estimate, static_cast<long double>(first.size.width) + first.size.height);
+    SecondWindow<T> moving(patches_, second);
+    const FlowEnd end =
+        iterate(moving, bounds, estimate, static_cast<long double>(first.size.width) + first.size.height);
+    if (errorCounts(end, level))
+        moving.store(window_);
+    return end;
+}
+
+/// Each level replaces the error of the one before, so only the last one that reads an image needs to compute it.
+template <class T>
+bool PointTracker<T>::errorCounts(FlowEnd end, int level) const {
+    return end != FlowEnd::tracked || level == 0 || !FlowLevel<T>(*call_.pyramid1, level - 1).usable();
 }
 
 template <class T>
@@ -207,8 +230,7 @@ bool PointTracker<T>::advance(int point, int level, NoxiPoint32f &estimate, cons
         setPoint(call_.nextPts, point, divided(estimate, call_.pyramid1->rates[level]));
     if (end != FlowEnd::tracked)
         call_.status[point] = static_cast<Nox8s>(level + 1);
-    // Each level replaces the error of the one before, so only the last one that reads an image needs to compute it.
-    if (end != FlowEnd::tracked || level == 0 || !FlowLevel<T>(*call_.pyramid1, level - 1).usable())
+    if (errorCounts(end, level))
         elements(call_.error)[point] = residual();
     return end == FlowEnd::tracked;
 }

@@ -1,33 +1,11 @@
 // Following one point through the levels of two pyramids.
 #pragma once
 
-#include <type_traits>
-
-#include "checks.h"
-#include "noxcv/opticalflow.h"
+#include "noxvopticalflowlevel.h"
 #include "noxvopticalflowpatch.h"
+#include "noxvopticalflowsecond.h"
 
 namespace nox {
-
-/// Patches of 8-bit images are integers with 7 fractional bits, all others floats.
-template <class T>
-using FlowCell = std::conditional_t<std::is_same_v<T, Nox8u>, Nox16s, Nox32f>;
-
-/// One level of a pyramid. It is usable when the caller has put an image of sound steps there.
-template <class T>
-struct FlowLevel {
-    const T *image;
-    int step;
-    NoxiSize size;
-
-    FlowLevel(const NoxiPyramid &pyramid, int level)
-        : image(reinterpret_cast<const T *>(pyramid.images[level])), step(pyramid.steps[level]),
-          size(pyramid.sizes[level]) {}
-    bool usable() const {
-        return firstFailure(checkPointers(image), checkSize(size), checkStep<T>(step, size.width),
-                            checkEvenSteps<T>(step)) == noxStsNoError;
-    }
-};
 
 /// What the points of a call share.
 struct FlowCall {
@@ -41,7 +19,7 @@ struct FlowCall {
     Nox64f downScale; ///< from one level to the next finer one
 };
 
-/// Derivatives of a whole level.
+/// Derivatives of a whole level. Without planes they are formed under the window of each point; that is for bytes only.
 template <class Cell>
 struct FlowPlanes {
     const Cell *dx, *dy;
@@ -74,10 +52,10 @@ private:
     /// One level with its status and error; tells whether the point is still tracked.
     bool advance(int point, int level, NoxiPoint32f &estimate, const FlowPlanes<Cell> *planes);
     FlowEnd follow(int point, int level, NoxiPoint32f &estimate, const FlowPlanes<Cell> *planes);
-    FlowEnd iterate(const FlowLevel<T> &second, const Window &bounds, NoxiPoint32f &estimate, long double farAway);
-    Window cutFirst(const FlowLevel<T> &level, NoxiPoint32f at);
-    Window cutSecond(const FlowLevel<T> &level, NoxiPoint32f at);
-    void cutPlanes(const FlowPlanes<Cell> &planes, NoxiSize level, const Window &bounds, NoxiPoint32f at);
+    FlowEnd iterate(SecondWindow<T> &second, const Window &bounds, NoxiPoint32f &estimate, long double farAway);
+    Window cutFirst(const FlowLevel<T> &level, NoxiPoint32f at, bool whole);
+    void cutPlanes(const FlowPlanes<Cell> &planes, const FlowLevel<T> &level, const Window &bounds, NoxiPoint32f at);
+    bool errorCounts(FlowEnd end, int level) const;
     Nox32f residual() const;
 
     const FlowCall &call_;

@@ -22,6 +22,15 @@ private:
     }
 };
 
+/// The same, with the samples of the second patch in place of it.
+struct SampledWindow : CellWindow<Nox16s> {
+    Rows<const Nox16s> samples;
+    FixedConstants weights;
+
+    SampledWindow(const Patches<Nox16s> &patches, const Window &window, const FixedConstants &constants)
+        : CellWindow(patches, window), samples{patches.samples, patches.sampleRows().step}, weights(constants) {}
+};
+
 } // namespace nox
 
 #define NOX_KERNELS "opticalflow/noxvopticalflowkernels.inc"
@@ -30,60 +39,6 @@ private:
 namespace nox {
 
 namespace {
-
-/// A row's sum of products.
-struct RowSum {
-    double lanes[4] = {};
-
-    NOX_INLINE void add(int lane, Nox32f a, Nox32f b) {
-        lanes[lane] += static_cast<double>(a) * static_cast<double>(b);
-    }
-    NOX_INLINE double total() const { return (lanes[0] + lanes[2]) + (lanes[1] + lanes[3]); }
-};
-
-/// body(column, lane) for each column of a row.
-template <class Body>
-NOX_INLINE void forColumns(int columns, const Body &body) {
-    int column = 0;
-    for (; column <= columns - 4; column += 4)
-        for (int lane = 0; lane < 4; ++lane)
-            body(column + lane, lane);
-    for (int lane = 0; column < columns; ++lane, ++column)
-        body(column, lane);
-}
-
-NOX_TIERS Projection floatResiduals(const CellWindow<Nox32f> &window) {
-    Projection totals = {0, 0};
-    for (int row = 0; row < window.rows; ++row) {
-        const Nox32f *ix = window.ix[row], *iy = window.iy[row], *a = window.first[row], *b = window.second[row];
-        RowSum x, y;
-        forColumns(window.columns, [&](int column, int lane) NOX_INLINE_LAMBDA {
-            const Nox32f r = a[column] - b[column];
-            x.add(lane, ix[column], r);
-            y.add(lane, iy[column], r);
-        });
-        totals.x += x.total();
-        totals.y += y.total();
-    }
-    return totals;
-}
-
-NOX_TIERS GradientMatrix floatGradients(const CellWindow<Nox32f> &window) {
-    GradientMatrix totals;
-    for (int row = 0; row < window.rows; ++row) {
-        const Nox32f *ix = window.ix[row], *iy = window.iy[row];
-        RowSum xx, xy, yy;
-        forColumns(window.columns, [&](int column, int lane) NOX_INLINE_LAMBDA {
-            xx.add(lane, ix[column], ix[column]);
-            xy.add(lane, ix[column], iy[column]);
-            yy.add(lane, iy[column], iy[column]);
-        });
-        totals.xx += xx.total();
-        totals.xy += xy.total();
-        totals.yy += yy.total();
-    }
-    return totals;
-}
 
 template <class Cell>
 Nox32f squaresInOrder(const CellWindow<Cell> &window) {
@@ -103,25 +58,33 @@ Window withoutEnd(const Window &window) { return {window.min, {window.max.x - 1,
 
 } // namespace
 
-Projection weightedResiduals(const Patches<Nox16s> &patches, const Window &window) {
+Projection weightedResiduals(const Patches<Nox16s> &patches, const Window &window, const FixedConstants &weights) {
     std::int64_t sums[2];
-    NOX_ON_TIER(weightedResiduals({patches, window}, sums));
+    NOX_ON_TIER(weightedResiduals(SampledWindow(patches, window, weights), sums));
     return {static_cast<long double>(sums[0]), static_cast<long double>(sums[1])};
 }
 
+void keepSamples(Rows<const Nox8u> image, const Patches<Nox16s> &patches, NoxiSize size) {
+    NOX_ON_TIER(keepSamples(image, patches.sampleRows(), {size.width + 1, size.height + 1}));
+}
+
+void storeSecond(const Patches<Nox16s> &patches, const Window &window, const FixedConstants &weights) {
+    NOX_ON_TIER(storeSecond(SampledWindow(patches, window, weights)));
+}
+
 Projection weightedResiduals(const Patches<Nox32f> &patches, const Window &window) {
-    return floatResiduals({patches, window});
+    return NOX_ON_TIER(weightedResiduals(CellWindow<Nox32f>(patches, window)));
 }
 
 GradientMatrix squaredGradients(const Patches<Nox16s> &patches, const Window &window) {
     std::int64_t sums[3];
-    NOX_ON_TIER(squaredGradients({patches, window}, sums));
+    NOX_ON_TIER(squaredGradients(CellWindow<Nox16s>(patches, window), sums));
     const auto [xx, yy, xy] = sums;
     return {static_cast<long double>(xx), static_cast<long double>(xy), static_cast<long double>(yy)};
 }
 
 GradientMatrix squaredGradients(const Patches<Nox32f> &patches, const Window &window) {
-    return floatGradients({patches, window});
+    return NOX_ON_TIER(squaredGradients(CellWindow<Nox32f>(patches, window)));
 }
 
 Nox32f squaredResidual(const Patches<Nox16s> &patches, const Window &window) {

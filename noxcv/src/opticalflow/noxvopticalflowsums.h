@@ -2,6 +2,7 @@
 #pragma once
 
 #include "noxvopticalflowpatch.h"
+#include "sampling/noxvbilinear.h"
 
 namespace nox {
 
@@ -12,7 +13,8 @@ namespace nox {
 struct Projection {
     long double x, y;
 };
-Projection weightedResiduals(const Patches<Nox16s> &patches, const Window &window);
+/// The second patch of integers is interpolated from its samples on the way.
+Projection weightedResiduals(const Patches<Nox16s> &patches, const Window &window, const FixedConstants &weights);
 Projection weightedResiduals(const Patches<Nox32f> &patches, const Window &window);
 
 /// The sums over a window of ix ix, ix iy and iy iy.
@@ -21,6 +23,11 @@ struct GradientMatrix {
 };
 GradientMatrix squaredGradients(const Patches<Nox16s> &patches, const Window &window);
 GradientMatrix squaredGradients(const Patches<Nox32f> &patches, const Window &window);
+
+/// The samples of a window: pixels from `image` on, one column and one row more than `size`.
+void keepSamples(Rows<const Nox8u> image, const Patches<Nox16s> &patches, NoxiSize size);
+/// The window of the second patch, from the samples.
+void storeSecond(const Patches<Nox16s> &patches, const Window &window, const FixedConstants &weights);
 
 /// The sum of r r over a window without its last column and row, in single precision, row by row.
 Nox32f squaredResidual(const Patches<Nox16s> &patches, const Window &window);

@@ -1,91 +1,31 @@
 // The up layer: source samples are spread over the destination's places, and each place is divided by the weight that
 // reached it.
 //
-// The definition scatters; this gathers. For a strip of columns a table lists, for every place, the samples that reach
-// it and their weights; rows are spread through the table, and the few spread rows that a destination row needs are
-// combined. Integer sums do not depend on their order, and float sums are taken sample by sample in ascending order.
+// The definition scatters; this gathers. A list tells for every place which samples reach it and with what weight; rows
+// and columns share it. For a strip of columns a table of vectors is made from it; source rows are spread through the
+// table, and the few spread rows that reach a destination row are combined. Integer sums do not depend on their order,
+// and float sums are taken sample by sample in ascending order. The channels of a pixel are columns next to each other.
 #include <algorithm>
+#include <bit>
+#include <climits>
 #include <cmath>
 #include <limits>
 #include <type_traits>
 
-#include "frame/noxvrowring.h"
 #include "frame/noxvworkbuffer.h"
 #include "noxcv/primitives.h"
 #include "noxvpyrlayer.h"
+#include "noxvpyrreach.h"
 #include "numerics.h"
 #include "ownprimitives.h"
 
-using namespace nox;
-
-namespace {
-
-/// Where sample i lies: at a place, or between two.
-struct Sample {
-    int whole;
-    Nox32f fraction;
-
-    Sample(int i, Nox32f rate) {
-        const Nox32f p = static_cast<Nox32f>(i) * rate;
-        whole = static_cast<int>(p + 100.0F) - 100;
-        fraction = p - static_cast<Nox32f>(whole);
-    }
-    bool isBetween() const { return std::fabs(fraction) > FLT_MIN; }
-};
-
-/// The kernel as the spread sees it.
-template <class Tap>
-struct Kernel {
-    const Tap *taps;
-    int size;
-    Nox32f rate;
-
-    int half() const { return size / 2; }
-    /// Samples before the first and behind the last one that are looked at.
-    int reach() const { return static_cast<int>(0.5F + static_cast<Nox32f>(half()) / rate); }
-    /// At most as many samples reach one place.
-    int overlap() const { return static_cast<int>(static_cast<Nox32f>(2 * half()) / rate) + 2; }
-    Tap tap(int t) const { return taps[t + half()]; }
-    /// Whether a sample reaches the place t places behind it.
-    bool reaches(const Sample &s, int t) const {
-        const int cut = !s.isBetween() && taps[0] == Tap(0) ? 1 : 0;
-        const int first = s.isBetween() ? -half() + 1 : -half() + cut;
-        return t >= first && t <= half() - cut;
-    }
-    /// The weight there.
-    Nox32f weight(const Sample &s, int t) const {
-        if (!s.isBetween())
-            return static_cast<Nox32f>(tap(t));
-        return static_cast<Nox32f>(tap(t - 1)) * s.fraction + static_cast<Nox32f>(tap(t)) * (1.0F - s.fraction);
-    }
-    /// Samples around a place, some of which reach it.
-    int firstNear(int place) const {
-        return static_cast<int>(std::floor(static_cast<Nox64f>(place - half() - 1) / rate)) - 1;
-    }
-    int lastNear(int place) const {
-        return static_cast<int>(std::ceil(static_cast<Nox64f>(place + half() + 1) / rate)) + 1;
-    }
-    /// Calls visit(sample number, sample, t) for each sample of a line of `length` that reaches a place, in ascending
-    /// order.
-    template <class Visit>
-    void forEachSample(int place, int length, const Visit &visit) const {
-        const int last = std::min(lastNear(place), length + reach());
-        for (int i = std::max(firstNear(place), -reach()); i <= last; ++i) {
-            const Sample s(i, rate);
-            if (reaches(s, place - s.whole))
-                visit(i, s, place - s.whole);
-        }
-    }
-};
-
-// ---- arithmetic of a type
-
-template <class T>
-struct Arithmetic;
+namespace nox {
 
 /// Fixed-point scales of the integer types: rows keep 7 fractional bits of the pixel.
 template <class T>
-struct Scale;
+struct Scale {
+    static constexpr Nox32f weight = 1.0F;
+};
 template <>
 struct Scale<Nox8u> {
     static constexpr Nox32f weight = 32768.0F;
@@ -97,189 +37,152 @@ struct Scale<Nox16u> {
     static constexpr int rowBits = 6, columnBits = 20;
 };
 
-/// Products of samples between places are rounded by truncation after adding a half, the others are exact.
-NOX_INLINE Nox32s roundedProduct(Nox32f weight, Nox32f value) { return static_cast<Nox32s>(weight * value + 0.5F); }
-
-/// Kernels without negative taps: row sums fit 32 bits, and of 8-bit pixels column sums too.
+/// A value of a spread row.
 template <class T>
-struct RowArithmetic {
+using SpreadRow = std::conditional_t<std::is_same_v<T, Nox32f>, Nox32f, Nox32s>;
+
+/// For the columns of a strip, in groups of a vector's lanes: the samples that reach them, layer by layer. Each lane of
+/// a layer has at most one.
+struct SpreadTable {
+    /// How many layers a group has: of samples between places, and then of samples at a place, where the two differ.
+    struct Group {
+        int betweens, wholes;
+    };
+    Group *groups;
+    Nox32f *scales;  ///< of each column
+    int *bases;      ///< of each layer: the first of its samples
+    Nox32s *places;  ///< of each lane of each layer: the sample behind the base, or noSample
+    Nox32s *weights; ///< of each lane: the bits of a float, or a whole number for a sample at a place
+    int groupCount, layerCount;
+    static constexpr Nox32s noSample = INT_MIN;
+};
+
+NOX_INLINE Nox32f floatOf(Nox32s bits) { return std::bit_cast<Nox32f>(bits); }
+
+/// The spread rows that reach a row of the destination: those between places, and then those at a place, where the two
+/// differ. Weights as in the table.
+template <class Row>
+struct RowsThatReach {
+    struct One {
+        const Row *row;
+        Nox32s weight;
+    };
+    One *all;
+    int betweens, count;
+};
+
+} // namespace nox
+
+#define NOX_KERNELS "pyramid/noxvpyrupkernels.inc"
+#include "noxveachtier.h"
+
+using namespace nox;
+
+namespace {
+
+// ---- arithmetic of a type
+
+/// Floats, and integers under kernels whose sums fit: in explicit vectors.
+template <class T>
+struct Plain {
     using Pixel = T;
-    using Tap = Nox16s;
-    using Row = Nox32s; ///< a value of a spread row, and its sum before scaling
-    static constexpr Nox32f weightScale = Scale<T>::weight;
-    NOX_INLINE static Row row(Row sum, Nox32f weight) {
-        constexpr Nox32f half = 1 << (Scale<T>::rowBits - 1);
-        return static_cast<Row>(static_cast<Nox32f>(sum) * weight + half) >> Scale<T>::rowBits;
+    using Row = SpreadRow<T>;
+    static constexpr bool sorts = std::is_same_v<T, Nox16u>;     ///< the table tells samples at a place from others
+    static constexpr bool rowSorts = !std::is_same_v<T, Nox32f>; ///< and so does the list of rows
+
+    static int groupLanes() { return NOX_ON_TIER(groupLanes); }
+    static int window() { return NOX_ON_TIER(groupWindow); }
+    /// Spread rows are read in whole blocks.
+    static int block() { return NOX_ON_TIER(ColumnSums<T>::block); }
+
+    static void spread(const SpreadTable &table, const Nox32f *samples, Row *row) {
+        NOX_ON_TIER(spreadRow<T>(table, samples, row));
+    }
+    static void combine(const RowsThatReach<Row> &rows, Nox32f scale, T *dst, int count) {
+        NOX_ON_TIER(combineRows<T>(rows, scale, dst, count));
     }
 };
 
-template <>
-struct Arithmetic<Nox8u> : RowArithmetic<Nox8u> {
-    using Column = Nox32s; ///< a sum over spread rows
-    NOX_INLINE static Column between(Nox32f weight, Row value) {
-        return roundedProduct(weight, static_cast<Nox32f>(value));
-    }
-    NOX_INLINE static Column whole(Tap tap, Row value) { return tap * value; }
-    NOX_INLINE static Nox8u finish(Column sum, Nox32f weight) {
-        return saturate<Nox8u>(static_cast<Nox32s>(static_cast<Nox32f>(sum) * weight + 2097152.0F) >> 22);
-    }
-};
-
-/// Integers held in double precision, all exact. Value is any integer that a float was truncated to.
-NOX_INLINE Nox64f roundedProductWide(Nox32f weight, Nox32f value) { return std::trunc(weight * value + 0.5F); }
-
-/// The pixel of a column sum. Truncating the scaled sum first would change nothing: below zero the clamp takes it.
-template <class T, class Column>
-NOX_INLINE T finishWide(Column sum, Nox32f weight) {
-    constexpr Nox64f half = 1 << (Scale<T>::columnBits - 1), unit = 1 << Scale<T>::columnBits;
-    constexpr Nox64f highest = std::numeric_limits<T>::max();
-    // The half is added in the precision of the definition: single for 8u, exactly for 16u.
-    const Nox32f scaled = static_cast<Nox32f>(sum) * weight;
-    const Nox64f rounded = std::is_same_v<T, Nox8u> ? static_cast<Nox64f>(scaled + static_cast<Nox32f>(half))
-                                                    : static_cast<Nox64f>(scaled) + half;
-    const Nox64f pixel = rounded / unit;
-    return static_cast<T>(static_cast<int>(pixel < 0 ? 0 : pixel > highest ? highest : pixel));
-}
-
-/// Column sums of 16-bit pixels need more than 32 bits.
-template <>
-struct Arithmetic<Nox16u> : RowArithmetic<Nox16u> {
-    using Column = Nox64f;
-    NOX_INLINE static Column between(Nox32f weight, Row value) {
-        return roundedProductWide(weight, static_cast<Nox32f>(value));
-    }
-    NOX_INLINE static Column whole(Tap tap, Row value) { return static_cast<Nox64f>(tap) * static_cast<Nox64f>(value); }
-    NOX_INLINE static Nox16u finish(Column sum, Nox32f weight) { return finishWide<Nox16u>(sum, weight); }
-};
-
-/// Any taps: negative ones can leave little weight at a place, and so large scaled values.
+/// Integers under any taps: negative ones can leave little weight at a place, and so large scaled values. All sums are
+/// integers held in double precision, all exact.
 template <class T>
-struct Wide;
-template <class T>
-struct Arithmetic<Wide<T>> {
+struct Wide {
     using Pixel = T;
-    using Tap = Nox16s;
     using Row = Nox64f;
-    using Column = Nox64f;
-    static constexpr Nox32f weightScale = Scale<T>::weight;
-    NOX_INLINE static Row row(Row sum, Nox32f weight) {
+    static constexpr bool sorts = true, rowSorts = true;
+    static constexpr int lanes = 8;
+
+    static int groupLanes() { return lanes; }
+    static int window() { return INT_MAX; }
+    static int block() { return lanes; }
+
+    static void spread(const SpreadTable &table, const Nox32f *samples, Row *row);
+    static void combine(const RowsThatReach<Row> &rows, Nox32f scale, T *dst, int count);
+
+    /// Products of samples between places are rounded by truncation after adding a half. The value is any integer that
+    /// a float was truncated to.
+    NOX_INLINE static Nox64f roundedProduct(Nox32f weight, Nox32f value) { return std::trunc(weight * value + 0.5F); }
+    NOX_INLINE static Row row(Nox64f sum, Nox32f scale) {
         constexpr Nox32f half = 1 << (Scale<T>::rowBits - 1);
-        return std::floor(std::trunc(static_cast<Nox32f>(sum) * weight + half) / (1 << Scale<T>::rowBits));
+        return std::floor(std::trunc(static_cast<Nox32f>(sum) * scale + half) / (1 << Scale<T>::rowBits));
     }
-    NOX_INLINE static Column between(Nox32f weight, Row value) {
-        return roundedProductWide(weight, static_cast<Nox32f>(value));
+    /// The pixel of a column sum. Truncating the scaled sum first would change nothing: below zero the clamp takes it.
+    NOX_INLINE static T finish(Nox64f sum, Nox32f scale) {
+        constexpr Nox64f half = 1 << (Scale<T>::columnBits - 1), unit = 1 << Scale<T>::columnBits;
+        constexpr Nox64f highest = std::numeric_limits<T>::max();
+        // The half is added in the precision of the definition: single for 8u, exactly for 16u.
+        const Nox32f scaled = static_cast<Nox32f>(sum) * scale;
+        const Nox64f rounded = std::is_same_v<T, Nox8u> ? static_cast<Nox64f>(scaled + static_cast<Nox32f>(half))
+                                                        : static_cast<Nox64f>(scaled) + half;
+        const Nox64f pixel = rounded / unit;
+        return static_cast<T>(static_cast<int>(pixel < 0 ? 0 : pixel > highest ? highest : pixel));
     }
-    NOX_INLINE static Column whole(Tap tap, Row value) { return tap * value; }
-    NOX_INLINE static T finish(Column sum, Nox32f weight) { return finishWide<T>(sum, weight); }
 };
 
-template <>
-struct Arithmetic<Nox32f> {
-    using Pixel = Nox32f;
-    using Tap = Nox32f;
-    using Row = Nox32f;
-    using Column = Nox32f;
-    static constexpr Nox32f weightScale = 1.0F;
-    NOX_INLINE static Row row(Row sum, Nox32f weight) { return sum * weight; }
-    NOX_INLINE static Column between(Nox32f weight, Row value) { return weight * value; }
-    NOX_INLINE static Column whole(Tap tap, Row value) { return tap * value; }
-    NOX_INLINE static Nox32f finish(Column sum, Nox32f weight) { return sum * weight; }
-};
-
-// ---- kernels over a strip of columns
-
-/// For each column of a strip, the samples that reach it: `depth` layers of `columns` entries. Entries without a sample
-/// point to a zero behind the row's samples and have no weight.
-struct Table {
-    int columns, depth;
-    int *sample;
-    Nox32f *weight; ///< of samples between places; of all for floats
-    Nox32s *tap;    ///< of samples at a place; none for floats
-    bool anyBetween, anyWhole;
-};
-
-/// Sum over the table's layers of one channel's samples.
-template <bool Between, bool Whole>
-NOX_INLINE void spreadInteger(const Table &table, const Nox32f *samples, Nox32s *sums) {
-    const int columns = table.columns;
-    std::fill_n(sums, columns, 0);
-    for (int layer = 0; layer < table.depth; ++layer) {
-        const int *from = table.sample + layer * columns;
-        const Nox32f *weight = table.weight + layer * columns;
-        const Nox32s *tap = table.tap + layer * columns;
-        for (int x = 0; x < columns; ++x) {
-            const Nox32f value = samples[from[x]];
-            Nox32u sum = static_cast<Nox32u>(sums[x]);
-            if constexpr (Between)
-                sum += static_cast<Nox32u>(roundedProduct(weight[x], value));
-            if constexpr (Whole)
-                sum += static_cast<Nox32u>(tap[x]) * static_cast<Nox32u>(static_cast<Nox32s>(value));
-            sums[x] = static_cast<Nox32s>(sum);
-        }
+template <class T>
+NOX_TIERS void spreadWide(const SpreadTable &table, const Nox32f *samples, Nox64f *row) {
+    constexpr int lanes = Wide<T>::lanes;
+    int layer = 0;
+    for (int group = 0; group < table.groupCount; ++group, row += lanes) {
+        Nox64f sums[lanes] = {};
+        const int betweensEnd = layer + table.groups[group].betweens, end = betweensEnd + table.groups[group].wholes;
+        for (; layer < end; ++layer)
+            for (int lane = 0; lane < lanes; ++lane) {
+                const Nox32s weight = table.weights[layer * lanes + lane];
+                const Nox32f value = samples[table.bases[layer] + (table.places[layer * lanes + lane] & INT_MAX)];
+                sums[lane] += layer < betweensEnd ? Wide<T>::roundedProduct(floatOf(weight), value)
+                                                  : static_cast<Nox64f>(weight) * value;
+            }
+        for (int lane = 0; lane < lanes; ++lane)
+            row[lane] = Wide<T>::row(sums[lane], table.scales[group * lanes + lane]);
     }
 }
 
-NOX_TIERS void spread(const Table &table, const Nox32f *samples, Nox32s *sums) {
-    if (!table.anyWhole)
-        spreadInteger<true, false>(table, samples, sums);
-    else if (!table.anyBetween)
-        spreadInteger<false, true>(table, samples, sums);
-    else
-        spreadInteger<true, true>(table, samples, sums);
-}
-
-/// The same in double precision.
-NOX_TIERS void spread(const Table &table, const Nox32f *samples, Nox64f *sums) {
-    const int columns = table.columns;
-    std::fill_n(sums, columns, 0.0);
-    for (int layer = 0; layer < table.depth; ++layer)
-        for (int x = 0; x < columns; ++x) {
-            const int entry = layer * columns + x;
-            const Nox32f value = samples[table.sample[entry]];
-            sums[x] += roundedProductWide(table.weight[entry], value) + static_cast<Nox64f>(table.tap[entry]) * value;
-        }
-}
-
-/// Floats: every sample has a weight.
-NOX_TIERS void spread(const Table &table, const Nox32f *samples, Nox32f *sums) {
-    const int columns = table.columns;
-    std::fill_n(sums, columns, 0.0F);
-    for (int layer = 0; layer < table.depth; ++layer) {
-        const int *from = table.sample + layer * columns;
-        const Nox32f *weight = table.weight + layer * columns;
-        for (int x = 0; x < columns; ++x)
-            sums[x] += weight[x] * samples[from[x]];
+template <class T>
+NOX_TIERS void combineWide(const RowsThatReach<Nox64f> &rows, Nox32f scale, T *dst, int count) {
+    constexpr int lanes = Wide<T>::lanes;
+    for (int x = 0; x < count; x += lanes) {
+        Nox64f sums[lanes] = {};
+        for (int k = 0; k < rows.count; ++k)
+            for (int lane = 0; lane < lanes; ++lane) {
+                const Nox32s weight = rows.all[k].weight;
+                const Nox64f value = rows.all[k].row[x + lane];
+                sums[lane] += k < rows.betweens ? Wide<T>::roundedProduct(floatOf(weight), static_cast<Nox32f>(value))
+                                                : weight * value;
+            }
+        for (int lane = 0; lane < std::min(lanes, count - x); ++lane)
+            elements(dst)[x + lane] = Wide<T>::finish(sums[lane], scale);
     }
 }
 
-template <class A>
-NOX_TIERS void scaleRow(typename A::Row *row, const Nox32f *weights, int columns) {
-    for (int x = 0; x < columns; ++x)
-        row[x] = A::row(row[x], weights[x]);
+template <class T>
+void Wide<T>::spread(const SpreadTable &table, const Nox32f *samples, Row *row) {
+    spreadWide<T>(table, samples, row);
 }
 
-template <class A>
-NOX_TIERS void addBetween(typename A::Column *sums, const typename A::Row *row, Nox32f weight, int columns) {
-    for (int x = 0; x < columns; ++x)
-        sums[x] += A::between(weight, row[x]);
-}
-
-template <class A>
-NOX_TIERS void addWhole(typename A::Column *sums, const typename A::Row *row, typename A::Tap tap, int columns) {
-    for (int x = 0; x < columns; ++x)
-        sums[x] += A::whole(tap, row[x]);
-}
-
-template <class A, int Channels>
-NOX_TIERS void storeColumns(const typename A::Column *sums, Nox32f weight, typename A::Pixel *dst, int columns) {
-    for (int x = 0; x < columns; ++x)
-        elements(dst)[x * Channels] = A::finish(sums[x], weight);
-}
-
-template <class T, int Channels>
-NOX_TIERS void loadSamples(const T *row, Nox32f *samples, int count) {
-    for (int x = 0; x < count; ++x)
-        samples[x] = static_cast<Nox32f>(row[x * Channels]);
+template <class T>
+void Wide<T>::combine(const RowsThatReach<Row> &rows, Nox32f scale, T *dst, int count) {
+    combineWide<T>(rows, scale, dst, count);
 }
 
 // ---- a strip of columns, from top to bottom
@@ -291,128 +194,179 @@ struct Bordered {
     NoxiSize size; ///< of the source, without the border
 };
 
-template <class A, int Channels>
-class Strip {
+/// How much of its scratch a call uses for what.
+struct StripSizes {
+    int columns;      ///< of a strip at most, channels counted
+    int layers;       ///< of its table, besides those that any one group may need
+    int listedPlaces; ///< in the list for columns
+    int listedRows;   ///< in the list for rows
+};
+
+template <class A, class Tap, int Channels>
+class Strips {
     using T = typename A::Pixel;
     using Row = typename A::Row;
-    using Column = typename A::Column;
-    using Tap = typename A::Tap;
+    using Taken = RowsThatReach<Row>;
 
 public:
-    /// Words of scratch for a strip, and the columns that so many words allow.
-    static long long words(const Kernel<Tap> &kernel, long long columns) {
-        const long long depth = kernel.overlap();
-        constexpr long long rowWords = sizeof(Row) / 4;
-        const long long aColumn = 3 * depth + Channels * depth * rowWords + 2 + 1;
-        return columns * aColumn + (kernel.size + 8LL) * Channels + depth + 16;
-    }
-    static int columnsFor(const Kernel<Tap> &kernel, long long available) {
-        const long long fixed = words(kernel, 0), aColumn = words(kernel, 1) - fixed;
-        return static_cast<int>(std::clamp<long long>((available - fixed) / aColumn, 1, widest));
-    }
-
-    Strip(const Kernel<Tap> &kernel, const Bordered<T> &source, const Nox32f *weights, int columns, Nox8u *scratch)
-        : kernel_(kernel), source_(source), weights_(weights), depth_(kernel.overlap()) {
-        WorkBuffer work(scratch, sizeof(Nox64f));
-        const long long entries = static_cast<long long>(depth_) * columns;
-        sums_ = work.take<Column>(columns);
-        rows_ = work.take<Row>(entries * Channels);
-        table_.weight = work.take<Nox32f>(entries);
-        table_.sample = work.take<int>(entries);
-        table_.tap = work.take<Nox32s>(entries);
+    Strips(const Kernel<Tap> &kernel, const Bordered<T> &source, const Nox32f *scales, NoxiSize dst,
+           const StripSizes &sizes, WorkBuffer &work)
+        : kernel_(kernel), source_(source), scales_(scales), dst_(dst), sizes_(sizes), depth_(kernel.overlap()) {
+        taken_.all = work.take<typename Taken::One>(depth_);
+        ring_ = work.aligned(32).template take<Row>(std::ptrdiff_t{depth_} * sizes.columns);
+        table_.scales = work.take<Nox32f>(sizes.columns);
+        table_.groups = work.take<SpreadTable::Group>(sizes.columns / A::groupLanes());
+        mostLayers_ = sizes.layers + layersOfAGroup();
+        table_.places = work.take<Nox32s>(1LL * mostLayers_ * A::groupLanes());
+        table_.weights = work.take<Nox32s>(1LL * mostLayers_ * A::groupLanes());
+        table_.bases = work.take<int>(mostLayers_);
+        samples_ =
+            work.take<Nox32f>((sizes.columns + kernel.size + 2LL * kernel.margin() + 8) * Channels + A::groupLanes());
         held_ = work.take<int>(depth_);
-        samples_ = work.take<Nox32f>(0); // the rest
+        columnReaches_ = Reaches<Tap>(kernel, sizes.listedPlaces, source.size.width, work);
+        rowReaches_ = Reaches<Tap>(kernel, sizes.listedRows, source.size.height, work);
     }
 
-    /// Destination columns from `begin` on.
-    void run(Rows<T> dst, int begin, int columns, int height) {
-        makeTable(begin, columns);
-        std::fill_n(held_, depth_, -kernel_.half() - 1);
-        for (int y = 0; y < height; ++y) {
-            const auto weight = weights_[y];
-            for (int c = 0; c < Channels; ++c) {
-                std::fill_n(sums_, columns, Column(0));
-                kernel_.forEachSample(y, source_.size.height, [&](int i, const Sample &s, int t) {
-                    const Row *row = spreadRow(i, begin) + c * columns;
-                    if (s.isBetween())
-                        addBetween<A>(sums_, row, kernel_.weight(s, t), columns);
-                    else
-                        addWhole<A>(sums_, row, kernel_.tap(t), columns);
-                });
-                storeColumns<A, Channels>(sums_, weight, dst[y] + begin * Channels + c, columns);
+    void run(Rows<T> dst) {
+        const int columns = dst_.width * Channels;
+        // Blocks read on behind the strip's last group, and sums of anything could overflow.
+        std::fill_n(ring_, std::ptrdiff_t{depth_} * sizes_.columns, Row(0));
+        for (int begin = 0, count = 0; begin < columns; begin += count) {
+            count = makeTable(begin, columns);
+            std::fill_n(held_, depth_, INT_MIN);
+            for (int y = 0; y < dst_.height; ++y) {
+                takeRows(y);
+                A::combine(taken_, scales_[y], dst[y] + begin, count);
             }
         }
     }
 
 private:
-    static constexpr int widest = 256;
+    /// Every layer but a group's last one takes all samples of at least one lane that lie in its window; see
+    /// `addLayers`.
+    int layersOfAGroup() const {
+        return (A::sorts ? 2 : 1) * (kernel_.size + 2 * kernel_.margin() + A::groupLanes() + 16);
+    }
 
-    /// Samples outside the bordered copy reach no place.
-    void makeTable(int begin, int columns) {
-        const int half = kernel_.half(), width = source_.size.width;
-        firstSample_ = std::max(kernel_.firstNear(begin), -half);
-        sampleCount_ = std::min(kernel_.lastNear(begin + columns - 1), width + half - 1) - firstSample_ + 1;
-        table_.columns = columns;
-        table_.depth = 0;
-        table_.anyBetween = table_.anyWhole = false;
-        std::fill_n(table_.sample, depth_ * columns, sampleCount_);
-        std::fill_n(table_.weight, depth_ * columns, 0.0F);
-        std::fill_n(table_.tap, depth_ * columns, 0);
-        for (int x = 0; x < columns; ++x) {
-            int layer = 0;
-            kernel_.forEachSample(begin + x, width, [&](int i, const Sample &s, int t) {
-                const int entry = layer++ * columns + x;
-                table_.depth = std::max(table_.depth, layer);
-                table_.sample[entry] = i - firstSample_;
-                if (std::is_same_v<T, Nox32f> || s.isBetween()) {
-                    table_.weight[entry] = kernel_.weight(s, t);
-                    table_.anyBetween = true;
-                } else {
-                    table_.tap[entry] = static_cast<Nox32s>(kernel_.tap(t));
-                    table_.anyWhole = true;
-                }
-            });
+    /// Makes the table for columns from `begin` on, as many as there is room for; tells how many.
+    int makeTable(int begin, int end) {
+        const int lanes = A::groupLanes();
+        firstSample_ = std::max(kernel_.firstNear(begin / Channels), -kernel_.half());
+        table_.groupCount = table_.layerCount = 0;
+        int column = begin;
+        while (column < end && (table_.groupCount + 1) * lanes <= sizes_.columns &&
+               table_.layerCount + layersOfAGroup() <= mostLayers_) {
+            const int count = std::min(lanes, end - column);
+            addGroup(column, count);
+            column += count;
+        }
+        const int last = std::min(kernel_.lastNear((column - 1) / Channels), source_.size.width + kernel_.half() - 1);
+        sampleCount_ = (last - firstSample_ + 1) * Channels;
+        return column - begin;
+    }
+
+    void addGroup(int column, int count) {
+        const int lanes = A::groupLanes(), group = table_.groupCount++;
+        columnReaches_.require(column / Channels, (column + count - 1) / Channels, dst_.width);
+        for (int lane = 0; lane < lanes; ++lane)
+            table_.scales[group * lanes + lane] = lane < count ? scales_[(column + lane) / Channels] : 0.0F;
+        if constexpr (A::sorts) {
+            table_.groups[group].betweens = addLayers(
+                column, count, [](const Reach &reach) { return reach.between; },
+                [](const Reach &reach) { return std::bit_cast<Nox32s>(reach.weight); });
+            table_.groups[group].wholes = addLayers(
+                column, count, [](const Reach &reach) { return !reach.between; },
+                [](const Reach &reach) { return static_cast<Nox32s>(reach.weight); });
+        } else {
+            table_.groups[group] = {addLayers(
+                                        column, count, [](const Reach &) { return true; },
+                                        [](const Reach &reach) { return std::bit_cast<Nox32s>(reach.weight); }),
+                                    0};
         }
     }
 
-    /// Row i of the source, spread over the strip and scaled, its channels apart.
-    const Row *spreadRow(int i, int begin) {
-        const int columns = table_.columns, slot = (i + kernel_.half()) % depth_;
-        Row *row = RowRing<Row>(rows_, depth_, std::ptrdiff_t{Channels} * columns)[i + kernel_.half()];
+    /// Layers with the wanted samples of `count` columns. A layer starts at the first sample that is left, and takes
+    /// the next one of every column if it lies in the window, so that each column's samples stay in ascending order.
+    template <class Wanted, class Weight>
+    int addLayers(int column, int count, const Wanted &wanted, const Weight &weight) {
+        const int lanes = A::groupLanes(), window = A::window();
+        struct {
+            const Reach *next, *end;
+            int channel;
+            int sample() const { return next->sample * Channels + channel; }
+        } left[8];
+        for (int lane = 0; lane < count; ++lane) {
+            const int place = (column + lane) / Channels;
+            left[lane] = {columnReaches_.begin(place), columnReaches_.end(place), (column + lane) % Channels};
+        }
+        for (int layers = 0;; ++layers) {
+            int base = INT_MAX;
+            for (int lane = 0; lane < count; ++lane) {
+                auto &one = left[lane];
+                while (one.next != one.end && !wanted(*one.next))
+                    ++one.next;
+                if (one.next != one.end)
+                    base = std::min(base, one.sample());
+            }
+            if (base == INT_MAX)
+                return layers;
+            const int layer = table_.layerCount++;
+            table_.bases[layer] = base - firstSample_ * Channels;
+            Nox32s *places = table_.places + layer * lanes, *weights = table_.weights + layer * lanes;
+            for (int lane = 0; lane < lanes; ++lane) {
+                const bool taken =
+                    lane < count && left[lane].next != left[lane].end && left[lane].sample() - base < window;
+                places[lane] = taken ? left[lane].sample() - base : SpreadTable::noSample;
+                weights[lane] = taken ? weight(*left[lane].next++) : 0;
+            }
+        }
+    }
+
+    /// The spread rows for row y of the destination.
+    void takeRows(int y) {
+        rowReaches_.require(y, y, dst_.height);
+        const Reach *const begin = rowReaches_.begin(y), *const end = rowReaches_.end(y);
+        const auto take = [&](const Reach &reach, Nox32s weight) {
+            taken_.all[taken_.count++] = {spreadRow(reach.sample), weight};
+        };
+        taken_.count = 0;
+        for (const Reach *reach = begin; reach != end; ++reach)
+            if (!A::rowSorts || reach->between)
+                take(*reach, std::bit_cast<Nox32s>(reach->weight));
+        taken_.betweens = taken_.count;
+        for (const Reach *reach = begin; A::rowSorts && reach != end; ++reach)
+            if (!reach->between)
+                take(*reach, static_cast<Nox32s>(reach->weight));
+    }
+
+    /// Row i of the source, spread over the strip and scaled.
+    const Row *spreadRow(int i) {
+        const int above = kernel_.half(), slot = (i + above) % depth_;
+        Row *row = ring_ + std::ptrdiff_t{slot} * sizes_.columns;
         if (held_[slot] == i)
             return row;
         held_[slot] = i;
-        const T *source = source_.rows[i + kernel_.half()] + (firstSample_ + kernel_.half()) * Channels;
-        for (int c = 0; c < Channels; ++c) {
-            loadSamples<T, Channels>(source + c, samples_, sampleCount_);
-            samples_[sampleCount_] = 0.0F;
-            spread(table_, samples_, row + c * columns);
-            scaleRow<A>(row + c * columns, weights_ + begin, columns);
-        }
+        const T *source = source_.rows[i + above] + std::ptrdiff_t{firstSample_ + above} * Channels;
+        NOX_ON_TIER(loadSamples<T>(source, samples_, sampleCount_));
+        std::fill_n(samples_ + sampleCount_, A::groupLanes(), 0.0F);
+        A::spread(table_, samples_, row);
         return row;
     }
 
     Kernel<Tap> kernel_;
     Bordered<T> source_;
-    const Nox32f *weights_;
-    int depth_;
-    Column *sums_;
-    Table table_{};
-    Row *rows_;
-    int *held_;
+    const Nox32f *scales_;
+    NoxiSize dst_;
+    StripSizes sizes_;
+    int depth_, mostLayers_ = 0;
+    Taken taken_{};
+    Row *ring_;
+    SpreadTable table_{};
     Nox32f *samples_;
+    int *held_;
+    Reaches<Tap> columnReaches_, rowReaches_;
     int firstSample_ = 0, sampleCount_ = 0;
 };
-
-/// Scale over the sum of weights, for every place.
-template <class Tap>
-void placeWeights(const Kernel<Tap> &kernel, Nox32f *weights, int places, Nox32f scale) {
-    for (int place = 0; place < places; ++place) {
-        Nox32f sum = 0;
-        kernel.forEachSample(place, places, [&](int, const Sample &s, int t) { sum += kernel.weight(s, t); });
-        weights[place] = std::fabs(sum) > FLT_MIN ? scale / sum : sum;
-    }
-}
 
 Nox8u *copyWithBorder(const Nox8u *src, int step, NoxiSize roi, int half, std::integral_constant<int, 1>) {
     return ownCopyWithBorder_8u_C1R(src, step, roi.width, roi.height, noxBorderMirror, 0, half, half, half, half);
@@ -433,45 +387,71 @@ Nox32f *copyWithBorder(const Nox32f *src, int step, NoxiSize roi, int half, std:
     return ownCopyWithBorder_32f_C3R(src, step, roi.width, roi.height, noxBorderMirror, 0, half, half, half, half);
 }
 
-template <class A, int Channels>
-void layerUp(const Bordered<typename A::Pixel> &source, Rows<typename A::Pixel> dst, NoxiSize dstRoi,
-             const NoxiPyramidLayerState &state) {
-    using S = Strip<A, Channels>;
-    const Kernel<typename A::Tap> kernel{static_cast<const typename A::Tap *>(state.kernel), state.kernelSize,
-                                         state.rate};
-    const int places = std::max(dstRoi.width, dstRoi.height);
-    auto *const weights = reinterpret_cast<Nox32f *>(state.work);
-    placeWeights(kernel, weights, places, A::weightScale);
-
-    // Small images with small kernels have little scratch in their state.
-    constexpr int localWords = 3072;
-    alignas(Nox64f) Nox8u local[localWords * sizeof(Nox32f)];
-    const long long stateWords = upLayerScratchWords(state, Channels) - places;
-    const bool useState = stateWords > localWords;
-    const int strip = S::columnsFor(kernel, useState ? stateWords : localWords);
-    S columns(kernel, source, weights, strip, useState ? reinterpret_cast<Nox8u *>(weights + places) : local);
-    for (int x = 0; x < dstRoi.width; x += strip)
-        columns.run(dst, x, std::min(strip, dstRoi.width - x), dstRoi.height);
+/// Strips as wide as the scratch allows, with lists as long as the rest of it allows.
+template <class A, int Channels, class Tap>
+void runStrips(const Kernel<Tap> &kernel, const Bordered<typename A::Pixel> &source, const Nox32f *scales,
+               Rows<typename A::Pixel> dst, NoxiSize dstRoi, Nox8u *scratch, long long bytes) {
+    using S = Strips<A, Tap, Channels>;
+    constexpr int widest = 1024, places = 64;
+    const auto bytesFor = [&](const StripSizes &sizes) {
+        WorkBuffer measure;
+        S(kernel, source, scales, dstRoi, sizes, measure);
+        return measure.bytes();
+    };
+    const int block = A::block(), depth = kernel.overlap();
+    const auto sizesFor = [&](int columns) {
+        return StripSizes{columns, columns / A::groupLanes() * (depth + 1), places, 1};
+    };
+    const auto most = static_cast<int>(std::min(1LL * dstRoi.width * Channels, 1LL * widest));
+    StripSizes sizes = sizesFor((most + block - 1) / block * block);
+    while (sizes.columns > block && bytesFor(sizes) > bytes)
+        sizes = sizesFor(sizes.columns - block);
+    if (bytesFor(sizes) > bytes)
+        sizes = {block, 0, A::groupLanes(), 1}; // a group at a time always fits
+    const long long rest = (bytes - bytesFor(sizes)) / Reaches<Tap>::bytesOfPlace(kernel);
+    sizes.listedRows += static_cast<int>(std::clamp(rest, 0LL, dstRoi.height - 1LL));
+    WorkBuffer work(scratch, 1);
+    S(kernel, source, scales, dstRoi, sizes, work).run(dst);
 }
 
+/// Sums of a row's samples fit 32 bits, and spread bytes 15 bits: no negative taps, no more of them than a normalised
+/// kernel has, and no place with so little weight that the roundings of its samples count.
 template <class T>
-using WideArithmetic = Arithmetic<std::conditional_t<std::is_integral_v<T>, Wide<T>, T>>;
-
-/// Whether sums may leave 32 bits: negative taps, or more of them than a normalised kernel has.
-template <class T>
-bool hasWideTaps(const NoxiPyramidLayerState &state) {
+bool sumsAreNarrow(const NoxiPyramidLayerState &state, Nox32f leastWeight, int overlap) {
     if constexpr (std::is_integral_v<T>) {
         constexpr long long most = 8400;
         const auto *taps = static_cast<const Nox16s *>(state.kernel);
         long long sum = 0;
         for (int i = 0; i <= state.kernelSize; ++i) {
             if (taps[i] < 0)
-                return true;
+                return false;
             sum += taps[i];
         }
-        return sum > most;
+        return sum <= most && leastWeight >= static_cast<Nox32f>(overlap);
     }
-    return false;
+    return true;
+}
+
+template <class T, int Channels>
+void layerUp(const Bordered<T> &source, Rows<T> dst, NoxiSize dstRoi, const NoxiPyramidLayerState &state) {
+    using Tap = std::conditional_t<std::is_integral_v<T>, Nox16s, Nox32f>;
+    const int places = std::max(dstRoi.width, dstRoi.height);
+    const Kernel<Tap> kernel(static_cast<const Tap *>(state.kernel), state.kernelSize, state.rate, places);
+    // Small images with small kernels have little scratch in their state.
+    constexpr int localBytes = 32768;
+    alignas(32) Nox8u local[localBytes];
+    auto *const scales = reinterpret_cast<Nox32f *>(state.work);
+    Nox8u *scratch = reinterpret_cast<Nox8u *>(scales + roundUp(places, 8));
+    long long bytes = (upLayerScratchWords(state, Channels) - roundUp(places, 8)) * static_cast<int>(sizeof(Nox32f));
+    if (bytes < localBytes) {
+        scratch = local;
+        bytes = localBytes;
+    }
+    const Nox32f leastWeight = placeScales(kernel, scales, places, Scale<T>::weight, scratch, bytes);
+    if (sumsAreNarrow<T>(state, leastWeight, kernel.overlap()))
+        runStrips<Plain<T>, Channels>(kernel, source, scales, dst, dstRoi, scratch, bytes);
+    else if constexpr (std::is_integral_v<T>)
+        runStrips<Wide<T>, Channels>(kernel, source, scales, dst, dstRoi, scratch, bytes);
 }
 
 bool isWithin(NoxiSize size, NoxiSize low, NoxiSize high) {
@@ -498,10 +478,7 @@ NoxStatus up(const T *src, int srcStep, NoxiSize srcRoi, T *dst, int dstStep, No
         return noxStsNoMemory;
     const std::ptrdiff_t copyStep = (srcRoi.width + 2 * static_cast<std::ptrdiff_t>(half)) * Channels * sizeof(T);
     const Bordered<T> bordered{{copy, copyStep}, srcRoi};
-    if (hasWideTaps<T>(*state))
-        layerUp<WideArithmetic<T>, Channels>(bordered, {dst, dstStep}, dstRoi, *state);
-    else
-        layerUp<Arithmetic<T>, Channels>(bordered, {dst, dstStep}, dstRoi, *state);
+    layerUp<T, Channels>(bordered, {dst, dstStep}, dstRoi, *state);
     noxsFree(copy);
     return noxStsNoError;
 }

@@ -2,7 +2,6 @@
 #include "noxvsubpix.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "checks.h"
 #include "noxvbilinear.h"
@@ -10,18 +9,7 @@
 
 using namespace nox;
 
-namespace {
-
-/// Where a patch lies along one axis. Cells min to max have two neighbours in the source; cell min is sample start.
-struct Axis {
-    int length, min, max, start;
-    float fraction;
-
-    int inner() const { return max - min + 1; }
-};
-
-/// n cells around `centre` over s samples. The first cell's place is single precision, its floor is exact.
-Axis placeAxis(float centre, int n, int s) {
+PatchAxis nox::placeAxis(float centre, int n, int s) {
     const float left = centre - static_cast<float>(n - 1) * 0.5F;
     const double place = left;
     const float fraction = fractionOf(left);
@@ -29,11 +17,16 @@ Axis placeAxis(float centre, int n, int s) {
         return {n, 0, -1, s - 1, fraction};
     if (place < -static_cast<double>(n))
         return {n, n, n - 1, 0, fraction};
-    const int first = static_cast<int>(std::floor(place));
+    const auto towardsZero = static_cast<int>(left);
+    const int first = static_cast<float>(towardsZero) > left ? towardsZero - 1 : towardsZero;
     const int min = std::max(-first, 0), start = std::max(first, 0);
     const auto last = static_cast<int>(std::min<long long>(n - 1LL, s - 2LL - first));
     return {n, min, last, start, fraction};
 }
+
+namespace {
+
+using Axis = PatchAxis;
 
 /// Cells of an integer patch, in two rows of the source or in one.
 template <class S, class D>

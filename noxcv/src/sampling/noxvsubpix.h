@@ -26,3 +26,20 @@ NOX_GLOBAL NoxStatus ownGetRectSubpix_32f_C1R(const Nox32f *src, int srcStep, No
                                               NoxiSize dstRoi, NoxiPoint32f point, NoxiPoint *min, NoxiPoint *max);
 /// @}
 }
+
+namespace nox {
+
+/// Where a patch lies along one axis. Cells min to max have two neighbours in the source; cell min is sample start.
+struct PatchAxis {
+    int length, min, max, start;
+    float fraction;
+
+    int inner() const { return max - min + 1; }
+    /// The sample of a cell from min to max.
+    int sample(int cell) const { return start + cell - min; }
+};
+
+/// n cells around `centre` over s samples. The first cell's place is single precision, its floor is exact.
+PatchAxis placeAxis(float centre, int n, int s);
+
+} // namespace nox
