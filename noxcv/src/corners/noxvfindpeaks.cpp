@@ -54,10 +54,7 @@ NOX_TIERS void smallestOfThree(const Element<Nox32s> *src, Element<Nox32s> *dst,
 
 /// Whether v's magnitude is above the threshold. The lowest integer's is above any, and all are above one below 0.
 NOX_INLINE bool stands(Nox32f v, Nox32f threshold) { return clearSign(v) > threshold; }
-NOX_INLINE bool stands(Nox32s v, Nox32s threshold) {
-    const Nox32s low = threshold < 0 ? 0 : -threshold, high = threshold < 0 ? -1 : threshold;
-    return (v > high) | (v < low);
-}
+NOX_INLINE bool stands(Nox32s v, Nox32s threshold) { return (v > threshold) | (v < (threshold < 0 ? 0 : -threshold)); }
 /// Whether v is one of these extrema of its neighbourhood.
 NOX_INLINE bool isExtremum(Nox32f v, Nox32f largest, Nox32f smallest) {
     return !(absoluteDifference(v, v > 0 ? largest : smallest) > std::numeric_limits<Nox32f>::min());

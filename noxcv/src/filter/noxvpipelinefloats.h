@@ -93,6 +93,8 @@ public:
 private:
     /// What is known may be too much for a faster path that the next lines would have, so it does not last.
     static constexpr unsigned mostTries = 16;
+    /// A lone line that needs the test of its sums says nothing of the next: its one tiny element may be an exception.
+    static constexpr int testedAlike = 3;
     static constexpr int fewestTried = 32;
     enum class Trial { none, multiples, magnitudes };
 
@@ -111,8 +113,9 @@ private:
         const Spread some = {powerAbove(found.largest), found.quantum};
         const Spread both = fresh || trial_ == Trial::none ? some : join(known_, some);
         const FloatPath path = rule_.path(found);
+        tested_ = path == FloatPath::tested ? std::min(tested_ + 1, testedAlike) : 0;
         if (path == FloatPath::tested) { // which asks for no more than the largest magnitude
-            trial_ = Trial::magnitudes;
+            trial_ = tested_ == testedAlike ? Trial::magnitudes : Trial::none;
             known_ = {both.largest, 0};
             return;
         }
@@ -132,6 +135,7 @@ private:
     const FloatRule &rule_;
     Trial trial_ = Trial::none;
     Spread known_;
+    int tested_ = 0; ///< lines that needed the test, one after the other
     unsigned lines_ = 0;
 };
 
