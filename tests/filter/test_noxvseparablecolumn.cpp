@@ -251,6 +251,26 @@ Nox32f awkwardElement(test::Random &random, int kind) {
     }
 }
 
+/// Down the columns of an image and, since rows share the arithmetic, along its first row.
+void compareBothWays(const Image<Nox32f> &src, const std::vector<Nox32f> &taps) {
+    ASSERT_TRUE(agrees<Column32fC1>(src, taps, 1));
+    const int kernelSize = int(taps.size());
+    Nox32f *out[1];
+    Image<Nox32f> actual(src.width(), 1), expected(src.width(), 1);
+    out[0] = actual.row(0);
+    Nox32f *expectedOut[1] = {expected.row(0)};
+    const NoxiSize line = {src.width(), 1};
+    int size = 0;
+    noxiFilterRowBorderPipelineGetBufferSize_32f_C1R(line, kernelSize, &size);
+    const Buffer buffer{std::size_t(size)};
+    noxiFilterRowBorderPipeline_32f_C1R(src.data(), src.step(), out, line, taps.data(), kernelSize, kernelSize / 2, 3,
+                                        0, buffer.data());
+    const Nox32f zero = 0;
+    reference::separable::filterRows<Extended>(src.data(), src.step(), expectedOut, line, 1, taps.data(), kernelSize,
+                                               kernelSize / 2, 3, &zero, reference::separable::Rounded());
+    ASSERT_TRUE(test::sameImage(test::unsignZeros(actual), test::unsignZeros(expected)));
+}
+
 void compareAwkward(int rounds) {
     test::Random random(3);
     for (int round = 0; round < rounds; ++round)
@@ -262,23 +282,87 @@ void compareAwkward(int rounds) {
                 std::vector<Nox32f> taps;
                 for (int j = 0; j < kernelSize; ++j)
                     taps.push_back(awkwardElement(random, tapKind));
-                ASSERT_TRUE(agrees<Column32fC1>(src, taps, 1)) << kind << " " << tapKind;
-                // The same line by line: rows share the arithmetic.
-                Nox32f *out[1];
-                Image<Nox32f> actual(src.width(), 1), expected(src.width(), 1);
-                out[0] = actual.row(0);
-                Nox32f *expectedOut[1] = {expected.row(0)};
-                const NoxiSize line = {src.width(), 1};
-                int size = 0;
-                noxiFilterRowBorderPipelineGetBufferSize_32f_C1R(line, kernelSize, &size);
-                const Buffer buffer{std::size_t(size)};
-                noxiFilterRowBorderPipeline_32f_C1R(src.data(), src.step(), out, line, taps.data(), kernelSize,
-                                                    kernelSize / 2, 3, 0, buffer.data());
-                const Nox32f zero = 0;
-                reference::separable::filterRows<Extended>(src.data(), src.step(), expectedOut, line, 1, taps.data(),
-                                                           kernelSize, kernelSize / 2, 3, &zero,
-                                                           reference::separable::Rounded());
-                ASSERT_TRUE(test::sameImage(test::unsignZeros(actual), test::unsignZeros(expected)));
+                ASSERT_NO_FATAL_FAILURE(compareBothWays(src, taps)) << kind << " " << tapKind;
+            }
+}
+
+/// The same, or the opposite, from the kernel's other end.
+std::vector<Nox32f> mirrored(std::vector<Nox32f> taps, bool opposite) {
+    const std::size_t count = taps.size();
+    for (std::size_t j = 0; j < count / 2; ++j)
+        taps[count - 1 - j] = opposite ? -taps[j] : taps[j];
+    if (opposite && count % 2 != 0)
+        taps[count / 2] = 0;
+    return taps;
+}
+
+void compareMirrored(int rounds) {
+    test::Random random(31);
+    for (int round = 0; round < rounds; ++round)
+        for (int kind = 0; kind < 8; ++kind)
+            for (int tapKind = 0; tapKind < 8; ++tapKind) {
+                const int kernelSize = 1 + int(random() % 34);
+                Image<Nox32f> src(40 + int(random() % 300), kernelSize + 3);
+                src.generate([&](int, int, int) { return awkwardElement(random, kind); });
+                std::vector<Nox32f> taps;
+                for (int j = 0; j < kernelSize; ++j)
+                    taps.push_back(awkwardElement(random, tapKind));
+                ASSERT_NO_FATAL_FAILURE(compareBothWays(src, mirrored(taps, round % 2 != 0)))
+                    << kind << " " << tapKind << " taps " << kernelSize;
+            }
+}
+
+TEST(ColumnPipeline32f, TapsFromBothEnds) { compareMirrored(6); }
+TEST(ColumnPipeline32fFull, TapsFromBothEnds) { compareMirrored(60); }
+
+/// Zeros of both signs: a sum is -0 when all of its products are.
+TEST(ColumnPipeline32f, TapsFromBothEndsKeepTheSignOfZero) {
+    test::Random random(32);
+    for (int round = 0; round < 60; ++round) {
+        const int kernelSize = 2 + round % 6;
+        Image<Nox32f> src(70, kernelSize + 4), actual(70, 5);
+        const auto levels = 2U + random() % 2;
+        src.generate([&](int, int, int) {
+            const Nox32f value = random() % levels < 2 ? 0.0F : 100.0F;
+            return random() % 8 != 0 ? -value : value;
+        });
+        std::vector<Nox32f> taps;
+        for (int j = 0; j < kernelSize; ++j) // too fine for single precision
+            taps.push_back((random() % 4 != 0 ? 0.1F : -0.1F) + std::ldexp(Nox32f(random() % 4096), -20));
+        taps = mirrored(taps, round % 2 != 0);
+        auto rows = constRows(src, 1);
+        const Buffer buffer(4096);
+        noxiFilterColumnPipeline_32f_C1R(rows.data(), actual.data(), actual.step(), {70, 5}, taps.data(), kernelSize,
+                                         buffer.data());
+        for (int y = 0; y < 5; ++y)
+            for (int x = 0; x < 70; ++x) {
+                long double sum = static_cast<long double>(rows[y][x]) * taps[0];
+                for (int j = 1; j < kernelSize; ++j)
+                    sum += static_cast<long double>(rows[y + j][x]) * taps[j];
+                ASSERT_EQ(Nox32f(sum), actual.at(x, y));
+                ASSERT_EQ(std::signbit(sum), std::signbit(Nox32f(actual.at(x, y)))) << "taps " << kernelSize;
+            }
+    }
+}
+
+/// What is found of a row is tried on the next: rows of finer steps, larger, or without a value come among others.
+TEST(ColumnPipeline32f, RowsThatAreNotLikeThoseBefore) {
+    test::Random random(33);
+    const Nox32f infinity = std::numeric_limits<Nox32f>::infinity();
+    for (int first = 0; first < 3; ++first)
+        for (const Nox32f other : {0.5F, 0x1p-20F, 256.5F, 3e9F, 0x1.000002p9F, 1e30F, -infinity, NAN, -1e-40F})
+            for (const int column : {0, 31, 60}) {
+                Image<Nox32f> src(61, 30);
+                const int row = 3 + int(random() % 20);
+                src.generate([&](int x, int y, int) {
+                    if (y == row && x == column)
+                        return other;
+                    return first == 0   ? Nox32f(random() % 256)
+                           : first == 1 ? std::ldexp(Nox32f(random() % (1U << 24)), -16)
+                                        : std::ldexp(Nox32f(random() % (1U << 20)), -10);
+                });
+                for (const auto &taps : {std::vector<Nox32f>{1, 4, 6, 4, 1}, {0.1F, 0.3F, 0.1F}, {-1, 2, 5}})
+                    ASSERT_TRUE(agrees<Column32fC1>(src, taps, 1)) << first << " " << other << " row " << row;
             }
 }
 

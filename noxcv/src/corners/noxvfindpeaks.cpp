@@ -1,7 +1,11 @@
 // Peaks of a response: local extrema that stand out.
 #include "noxvfindpeaks.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <limits>
 #include <type_traits>
 
@@ -48,12 +52,9 @@ NOX_TIERS void smallestOfThree(const Element<Nox32s> *src, Element<Nox32s> *dst,
     threeOfRow<Smaller, Nox32s>(src, dst, n);
 }
 
-/// Whether v's magnitude is above the threshold. The lowest integer's is above any.
+/// Whether v's magnitude is above the threshold. The lowest integer's is above any, and all are above one below 0.
 NOX_INLINE bool stands(Nox32f v, Nox32f threshold) { return clearSign(v) > threshold; }
-NOX_INLINE bool stands(Nox32s v, Nox32s threshold) {
-    const bool below = (v < 0) & ((threshold < 0) | (0U - static_cast<Nox32u>(v) > static_cast<Nox32u>(threshold)));
-    return (v > threshold) | below;
-}
+NOX_INLINE bool stands(Nox32s v, Nox32s threshold) { return (v > threshold) | (v < (threshold < 0 ? 0 : -threshold)); }
 /// Whether v is one of these extrema of its neighbourhood.
 NOX_INLINE bool isExtremum(Nox32f v, Nox32f largest, Nox32f smallest) {
     return !(absoluteDifference(v, v > 0 ? largest : smallest) > std::numeric_limits<Nox32f>::min());
@@ -68,7 +69,7 @@ struct Neighbours {
 
 constexpr int blockLength = 64;
 
-/// Marks the peaks among some pixels; tells whether there are any.
+/// Marks the peaks among some pixels with all bits set; tells whether there are any.
 template <class T>
 NOX_INLINE bool markPeaks(const Element<T> *values, const Neighbours<T> &neighbours, int first, int count, T threshold,
                           int *__restrict marks) {
@@ -85,7 +86,7 @@ NOX_INLINE bool markPeaks(const Element<T> *values, const Neighbours<T> &neighbo
         const T smallest =
             Smaller::of<T>(Smaller::of<T>(near.smallest[0][x], near.smallest[1][x]), near.smallest[2][x]);
         const int mark = (stands(values[x], threshold) & isExtremum(values[x], largest, smallest)) ? 1 : 0;
-        marks[i] = mark;
+        marks[i] = -mark;
         found |= mark;
     }
     return found != 0;
@@ -97,6 +98,16 @@ NOX_TIERS bool peaksOf(const Element<Nox32f> *values, const Neighbours<Nox32f> &
 NOX_TIERS bool peaksOf(const Element<Nox32s> *values, const Neighbours<Nox32s> &near, int first, int count,
                        Nox32s threshold, int *marks) {
     return markPeaks(values, near, first, count, threshold, marks);
+}
+
+/// A bit for each of the first `count` marks that is set.
+std::uint64_t bitsOf(const int (&marks)[blockLength], int count) {
+    std::uint64_t bits = 0;
+    for (int i = 0; i < blockLength; i += 4) {
+        const __m128 four = _mm_castsi128_ps(_mm_load_si128(reinterpret_cast<const __m128i *>(marks + i)));
+        bits |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_ps(four))) << i;
+    }
+    return count < blockLength ? bits & ((std::uint64_t{1} << count) - 1) : bits;
 }
 
 /// The caller's list.
@@ -164,13 +175,13 @@ private:
     bool searchRow(int y, PeakList &list) const {
         const Element<T> *values = src_[y] + border_;
         const Neighbours<T> near = neighboursOf(y);
-        int marks[blockLength];
+        alignas(16) int marks[blockLength] = {};
         for (int first = 0; first < columns(); first += blockLength) {
             const int count = std::min(blockLength, columns() - first);
             if (!peaksOf(values, near, first, count, threshold_, marks))
                 continue;
-            for (int i = 0; i < count; ++i)
-                if (marks[i] != 0 && !list.add(border_ + first + i, y))
+            for (std::uint64_t left = bitsOf(marks, count); left != 0; left &= left - 1)
+                if (!list.add(border_ + first + std::countr_zero(left), y))
                     return false;
         }
         return true;

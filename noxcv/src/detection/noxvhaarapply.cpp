@@ -118,14 +118,52 @@ int slicesOf(NoxiSize roi) {
     return std::clamp(std::min(owncvGetMaxNumThreads(), product >> 10), 1, mostSlices);
 }
 
+/// The rows in shares of about as many positions that are left, one a thread. Late stages, which few positions reach,
+/// have fewer shares: a thread that starts must have something to do.
+class Shares {
+public:
+    Shares(Rows<const Nox8u> mask, NoxiSize roi, int classifiers, int most) {
+        if (most > 1)
+            divide(mask, roi, classifiers, most);
+        bounds_[count_] = roi.height;
+    }
+    int count() const { return count_; }
+    Slice at(int index) const { return {bounds_[index], bounds_[index + 1] - bounds_[index], index}; }
+
+private:
+    static constexpr int mostBlocks = 256, worthAThread = 1 << 12; ///< pairs of a position and a classifier
+
+    void divide(Rows<const Nox8u> mask, NoxiSize roi, int classifiers, int most) {
+        const int rows = (roi.height - 1) / mostBlocks + 1, blocks = (roi.height - 1) / rows + 1;
+        long long left[mostBlocks], total = 0;
+        for (int i = 0; i < blocks; ++i) {
+            const NoxiSize size = {roi.width, std::min(rows, roi.height - i * rows)};
+            left[i] = NOX_ON_TIER(positionsLeft(mask.from(i * rows), size));
+            total += left[i];
+        }
+        const int positions = std::max(worthAThread / std::max(classifiers, 1), 1);
+        count_ = static_cast<int>(std::clamp(total / positions, 1LL, static_cast<long long>(most)));
+        long long sum = 0;
+        for (int i = 0, share = 1; i < blocks; ++i) {
+            sum += left[i];
+            for (; share < count_ && sum * count_ >= total * share; ++share)
+                bounds_[share] = i + 1 < blocks ? (i + 1) * rows : roi.height;
+        }
+    }
+
+    int count_ = 1;
+    int bounds_[mostSlices + 1] = {};
+};
+
 template <Arithmetic arithmetic, class Table, class Number>
 void applyStage(const Arguments<Table, Number> &a, const HaarState<arithmetic> &stage, int slices, int shift) {
+    const Shares shares(Rows<const Nox8u>{a.mask, a.maskStep}, a.roi, stage.classifierCount, slices);
     int passed[mostSlices];
-    parallelSlices(a.roi.height, slices, [&](const Slice &slice) {
-        passed[slice.index] = passedOfSlice<arithmetic>(a, stage, shift, slice);
+    parallelSlices(shares.count(), shares.count(), [&](const Slice &slice) {
+        passed[slice.index] = passedOfSlice<arithmetic>(a, stage, shift, shares.at(slice.index));
     });
     int total = 0;
-    for (int i = 0; i < slices; ++i)
+    for (int i = 0; i < shares.count(); ++i)
         total += passed[i];
     *a.positive = total;
 }

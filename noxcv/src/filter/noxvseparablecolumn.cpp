@@ -3,6 +3,7 @@
 
 #include "checks.h"
 #include "noxcv/filter.h"
+#include "noxvpipelinefloats.h"
 #include "noxvseparablesize.h"
 #include "noxvseparablesums.h"
 #include "rows.h"
@@ -31,8 +32,8 @@ class SpreadWindow {
 public:
     static constexpr int mostRows = 64;
 
-    SpreadWindow(const Nox32f *const *rows, int width, int kernelSize)
-        : rows_(rows), width_(width), kernelSize_(kernelSize) {
+    SpreadWindow(const FloatRule &rule, const Nox32f *const *rows, int width, int kernelSize)
+        : rows_(rows), width_(width), kernelSize_(kernelSize), look_(rule) {
         for (int y = 0; y < kernelSize - 1; ++y)
             push(y);
     }
@@ -46,14 +47,15 @@ public:
     }
 
 private:
-    void push(int y) { spreads_[y % kernelSize_] = spreadOf(elements(rows_)[y], width_); }
+    void push(int y) { spreads_[y % kernelSize_] = look_.at(elements(rows_)[y], width_); }
 
     const Nox32f *const *rows_;
     int width_, kernelSize_;
+    FloatLook look_;
     Spread spreads_[mostRows];
 };
 
-void filterColumns(const RoundedRule &rule, const Nox32f *const *rows, Rows<Nox32f> dst, int width, int height,
+void filterColumns(const FloatRule &rule, const Nox32f *const *rows, Rows<Nox32f> dst, int width, int height,
                    int kernelSize) {
     if (kernelSize > SpreadWindow::mostRows) {
         // The look at all rows is small beside so many taps.
@@ -62,7 +64,7 @@ void filterColumns(const RoundedRule &rule, const Nox32f *const *rows, Rows<Nox3
             filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, all);
         return;
     }
-    SpreadWindow spreads(rows, width, kernelSize);
+    SpreadWindow spreads(rule, rows, width, kernelSize);
     for (int y = 0; y < height; ++y)
         filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, spreads.at(y));
 }
@@ -131,7 +133,7 @@ NoxStatus checkColumns(const T *const *rows, const Out *dst, int dstStep, NoxiSi
         const NoxStatus status =                                                                                       \
             checkColumns(rows, dst, dstStep, roi, CHANNELS, kernel, kernelSize, 1, buffer, columnScratch32f);          \
         return status != noxStsNoError ? status                                                                        \
-                                       : runColumns(RoundedRule(kernel, kernelSize), rows, dst, dstStep,               \
+                                       : runColumns(FloatRule(kernel, kernelSize), rows, dst, dstStep,                 \
                                                     CHANNELS * roi.width, roi, kernelSize, PipelineRule::always);      \
     }
 

@@ -147,16 +147,6 @@ NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f)
 NOX_SUM_CONVERTED(Nox16s, Nox16s)
 NOX_SUM_CONVERTED(Nox16s, Nox32f)
 
-#define NOX_ROUND_SUMS(WINDOW)                                                                                         \
-    bool roundTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain) {          \
-        return NOX_ON_TIER(roundSums(window, taps, tapCount, dst, count, certain));                                    \
-    }                                                                                                                  \
-    void roundExactTaps(WINDOW window, const Nox32f *taps, int tapCount, Nox32f *dst, int count) {                     \
-        NOX_ON_TIER(roundExactSums(window, taps, tapCount, dst, count));                                               \
-    }
-NOX_ROUND_SUMS(RowWindow<Nox32f>)
-NOX_ROUND_SUMS(ColumnWindow<Nox32f>)
-
 void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second,
                   int count) {
     NOX_ON_TIER(sumRowPair(rows, taps, tapCount, first, second, count));

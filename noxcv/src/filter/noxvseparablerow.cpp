@@ -8,6 +8,7 @@
 #include "borders.h"
 #include "checks.h"
 #include "noxcv/filter.h"
+#include "noxvpipelinefloats.h"
 #include "noxvseparablesize.h"
 #include "noxvseparablesums.h"
 #include "rows.h"
@@ -36,14 +37,47 @@ void fillStrip(const RowCall<T> &call, const T *row, int first, int count, T *st
     }
 }
 
+/// Filters lines one after the other.
+template <class Rule>
+class LineFilter {
+public:
+    explicit LineFilter(const Rule &rule) : rule_(rule) {}
+
+    template <class T>
+    void operator()(RowWindow<T> window, typename Rule::Output *dst, int count) const {
+        filterLine(rule_, window, dst, count);
+    }
+
+private:
+    const Rule &rule_;
+};
+
+/// Floats: what is found of one line is tried on the next.
+template <>
+class LineFilter<FloatRule> {
+public:
+    explicit LineFilter(const FloatRule &rule) : rule_(rule), look_(rule) {}
+
+    void operator()(RowWindow<Nox32f> window, Nox32f *dst, int count) {
+        if (count < vectorLength)
+            return filterLine(rule_, window, dst, count, Spread());
+        const std::ptrdiff_t under = count + window.stride * (rule_.tapCount() - 1);
+        filterLine(rule_, window, dst, count, look_.at(window.first, static_cast<int>(under)));
+    }
+
+private:
+    const FloatRule &rule_;
+    FloatLook look_;
+};
+
 /// Outputs first to last - 1 of a row, read from a strip.
 template <int Channels, class Rule, class T>
-void filterStrip(const RowCall<T> &call, const Rule &rule, const T *row, int first, int last, T *strip,
+void filterStrip(const RowCall<T> &call, LineFilter<Rule> &filter, const T *row, int first, int last, T *strip,
                  typename Rule::Output *dst) {
     if (first >= last)
         return;
     fillStrip<Channels>(call, row, first - call.xAnchor, last - first + call.kernelSize - 1, strip);
-    filterLine(rule, RowWindow<T>{strip, Channels}, dst + std::ptrdiff_t{Channels} * first, Channels * (last - first));
+    filter(RowWindow<T>{strip, Channels}, dst + std::ptrdiff_t{Channels} * first, Channels * (last - first));
 }
 
 /// Rows first to first + count - 1.
@@ -53,17 +87,18 @@ NoxStatus filterRows(const RowCall<T> &call, const Rule &rule, typename Rule::Ou
     T *strip = reinterpret_cast<T *>(alignUp(scratch, 32));
     // Outputs that reach neither end; a row shorter than the kernel has none, and goes through the strip as a whole.
     const int width = call.roi.width, inner = width - call.kernelSize + 1, left = call.xAnchor, right = left + inner;
+    LineFilter<Rule> filter(rule);
     for (int y = first; y < first + count; ++y) {
         const T *row = call.src[y];
         typename Rule::Output *dst = elements(rows)[y];
         if (dst == nullptr)
             return noxStsNullPointer;
         if (inner > 0) {
-            filterStrip<Channels>(call, rule, row, 0, left, strip, dst);
-            filterLine(rule, RowWindow<T>{row, Channels}, dst + std::ptrdiff_t{Channels} * left, Channels * inner);
-            filterStrip<Channels>(call, rule, row, right, width, strip, dst);
+            filterStrip<Channels>(call, filter, row, 0, left, strip, dst);
+            filter(RowWindow<T>{row, Channels}, dst + std::ptrdiff_t{Channels} * left, Channels * inner);
+            filterStrip<Channels>(call, filter, row, right, width, strip, dst);
         } else {
-            filterStrip<Channels>(call, rule, row, 0, width, strip, dst);
+            filterStrip<Channels>(call, filter, row, 0, width, strip, dst);
         }
     }
     return noxStsNoError;
@@ -166,7 +201,7 @@ using QuotientMember16s = QuotientRule<Nox16s, Nox16s>;
         const RowCall<Nox32f> call = {{src, srcStep}, roi, kernelSize, xAnchor, borderType, ADDRESS};                  \
         const NoxStatus status = checkRows<CHANNELS>(call, rows, kernel, buffer, 1, {PER_TAP, REST});                  \
         return status != noxStsNoError ? status                                                                        \
-                                       : runRows<CHANNELS>(call, RoundedRule(kernel, kernelSize), rows, buffer,        \
+                                       : runRows<CHANNELS>(call, FloatRule(kernel, kernelSize), rows, buffer,          \
                                                            {PER_TAP, REST}, PipelineRule::PARALLEL);                   \
     }
 
