@@ -69,20 +69,6 @@ bool roundTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Fo
     return NOX_ON_FUSED_TIER(roundSums(window, taps, tapCount, fold, dst, count, certain));
 }
 
-// What border filters' rules ask for.
-void roundExactTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count) {
-    roundExactTaps(window, taps, tapCount, Fold::none, dst, count);
-}
-void roundExactTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count) {
-    roundExactTaps(window, taps, tapCount, Fold::none, dst, count);
-}
-bool roundTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain) {
-    return roundTaps(window, taps, tapCount, Fold::none, dst, count, certain);
-}
-bool roundTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain) {
-    return roundTaps(window, taps, tapCount, Fold::none, dst, count, certain);
-}
-
 bool areMultiples(const Nox32f *elements, int count, Nox32f quantum, Nox32f largest) {
     return NOX_ON_FUSED_TIER(areMultiples(elements, count, quantum, largest));
 }

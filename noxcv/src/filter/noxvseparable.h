@@ -55,13 +55,6 @@ constexpr int mostPairTaps = 64;
 void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second,
                   int count);
 
-/// Sums in double precision, rounded to single: sums that are exact, and others, with true when roundsDoubtfully()
-/// holds for one of them.
-void roundExactTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count);
-void roundExactTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count);
-bool roundTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain);
-bool roundTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *dst, int count, Nox32f certain);
-
 /// Quotients, clamped and truncated.
 template <class T>
 void storeQuotients(const Nox32s *sums, T *dst, int count, const Quotient<Nox32f> &by);

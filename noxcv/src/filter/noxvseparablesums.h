@@ -199,50 +199,6 @@ private:
     Nox64f margin_; ///< bounds the error of a sum; 0 when all sums are exact
 };
 
-/// Single precision: sums in extended precision, rounded once.
-class RoundedRule {
-public:
-    using Output = Nox32f;
-
-    RoundedRule(const Nox32f *taps, int tapCount)
-        : taps_(taps), tapCount_(tapCount), spread_(TapSpread::of(taps, tapCount)) {}
-
-    int tapCount() const { return tapCount_; }
-
-    template <class Window>
-    Nox32f one(Window window) const {
-        return static_cast<Nox32f>(extendedSumOf(window, taps_, tapCount_));
-    }
-
-    /// elements: the spread of all elements under the taps. (A single product needs no more than single precision
-    /// whatever they are: it is exact in double, so the format's own multiplication rounds it once.)
-    template <class Window>
-    void block(Window window, Nox32f *dst, int count, const Spread &elements) const {
-        if (tapCount_ == 1 || exactInFloat(elements, spread_.weight, spread_.quantum))
-            return sumTaps(window, taps_, tapCount_, dst, count);
-        if (exactInDouble(elements, spread_.weight, spread_.quantum))
-            return roundExactTaps(window, taps_, tapCount_, dst, count);
-        const Nox32f certain = certainFrom(tapCount_, elements.largest * spread_.weight);
-        if (roundTaps(window, taps_, tapCount_, dst, count, certain))
-            mendDoubtful(window, dst, count, certain);
-    }
-
-private:
-    /// Forms the doubtful ones of a block's sums by the definition.
-    template <class Window>
-    void mendDoubtful(Window window, Nox32f *dst, int count, Nox32f certain) const {
-        Nox64f sums[blockLength];
-        sumTaps(window, taps_, tapCount_, sums, count);
-        for (int x = 0; x < count; ++x)
-            if (roundsDoubtfully(sums[x], elements(dst)[x], certain))
-                elements(dst)[x] = one(window.from(x));
-    }
-
-    const Nox32f *taps_;
-    int tapCount_;
-    TapSpread spread_;
-};
-
 /// Outputs of one line: blocks, or one by one where a block would be too short for the kernels.
 template <class Rule, class Window, class... More>
 void filterLine(const Rule &rule, Window window, typename Rule::Output *dst, int count, const More &...more) {
@@ -254,12 +210,6 @@ void filterLine(const Rule &rule, Window window, typename Rule::Output *dst, int
             for (int i = x; i < count; ++i)
                 elements(dst)[i] = rule.one(window.from(i));
     }
-}
-
-/// Single precision along a row: its spread is looked at once.
-inline void filterLine(const RoundedRule &rule, RowWindow<Nox32f> window, Nox32f *dst, int count) {
-    const std::ptrdiff_t under = count + window.stride * (rule.tapCount() - 1);
-    filterLine(rule, window, dst, count, spreadOf(window.first, static_cast<int>(under)));
 }
 
 } // namespace nox
