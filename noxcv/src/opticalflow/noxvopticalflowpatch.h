@@ -29,9 +29,9 @@ void ownOptConvolution_32f_C1R(const Nox32f *src, int srcStep, Nox32f *ix, Nox32
 
 namespace nox {
 
-/// Scharr derivatives with repeated edges, times 4, of `size` pixels of a level from pixel `at` on: what the filters give
-/// for the whole level. Rows of dx and dy are written up to seven cells too far. `scratch` holds size + 2 bytes both
-/// ways, and 16 more.
+/// Scharr derivatives with repeated edges, times 4, of `size` pixels of a level from pixel `at` on: what the filters
+/// give for the whole level. Rows of dx and dy are written up to seven cells too far. `scratch` holds size + 2 bytes
+/// both ways, and 16 more.
 void levelDerivatives(Rows<const Nox8u> level, NoxiSize levelSize, NoxiPoint at, NoxiSize size, Rows<Nox16s> dx,
                       Rows<Nox16s> dy, Nox8u *scratch);
 
