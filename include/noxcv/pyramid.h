@@ -301,7 +301,8 @@ NOX_API NoxStatus noxiPyramidLayerUpInitAlloc_32f_C3R(NoxiPyramidLayerState **st
  * column results by the same factors with 22 and 20 bits dropped, and limited to the type's range. Nox32f: divided by
  * the weight, no rounding steps.
  *
- * srcRoi and dstRoi may be smaller than the state's. The call allocates a bordered copy of the source.
+ * srcRoi and dstRoi may be smaller than the state's. The call allocates a bordered copy of the source, and scratch
+ * where the state of a tiny image with a long kernel has too little.
  *
  * Status, in this order: noxStsNullPointer (src, dst, state), noxStsBadSize (srcRoi), noxStsBadStep (each image by its
  * own width), noxStsOddStep (16u, 32f), noxStsBadArgument (the state's rate), noxStsBadSize unless dstRoi lies in the

@@ -432,26 +432,37 @@ TYPED_TEST(PyrLayer, StateIsOneAllocationOfTheStatedSize) {
         }
 }
 
-TYPED_TEST(PyrLayer, UpReportsAFailedBorderCopy) {
+/// The copy with its border, and the scratch where the state of a small image has too little for a long kernel.
+TYPED_TEST(PyrLayer, UpReportsFailedAllocations) {
     using M = TypeParam;
     using T = typename M::Element;
-    const std::vector<reference::pyrlayer::LayerTap<T>> kernel = {1, 2, 1};
-    NoxiPyramidLayerState *state = nullptr;
-    ASSERT_EQ(M::initUp(&state, {8, 6}, 2, kernel.data(), 3, 2), noxStsNoError);
-    Image<T> src(4, 3, M::channels), dst(8, 6, M::channels);
-    src.fill(T(1));
-    dst.fill(T(7));
-    const Image<T> before(dst);
-    {
-        const test::CountedAllocator failing(1);
-        EXPECT_EQ(M::up(src.data(), src.step(), src.roi(), dst.data(), dst.step(), dst.roi(), state), noxStsNoMemory);
-        EXPECT_TRUE(test::sameImage(dst, before));
+    for (const int n : {3, 15, 19, 27}) {
+        const std::vector<reference::pyrlayer::LayerTap<T>> kernel(n, 1);
+        Image<T> src(1, 1, M::channels), dst(2, 2, M::channels);
+        src.fill(T(1));
+        NoxiPyramidLayerState *state = nullptr;
+        ASSERT_EQ(M::initUp(&state, dst.roi(), 2, kernel.data(), n, 2), noxStsNoError);
+        const auto call = [&] {
+            return M::up(src.data(), src.step(), src.roi(), dst.data(), dst.step(), dst.roi(), state);
+        };
+        int allocations = 0;
+        {
+            const test::CountedAllocator counted;
+            EXPECT_EQ(call(), noxStsNoError);
+            allocations = test::CountedAllocator::allocations();
+            EXPECT_EQ(test::CountedAllocator::live(), 0);
+        }
+        EXPECT_EQ(allocations, n >= 19 && sizeof(T) == 1 && M::channels == 3 ? 2 : allocations);
+        dst.fill(T(7));
+        const Image<T> before(dst);
+        for (int i = 1; i <= allocations; ++i) {
+            const test::CountedAllocator failing(i);
+            EXPECT_EQ(call(), noxStsNoMemory);
+            EXPECT_TRUE(test::sameImage(dst, before));
+            EXPECT_EQ(test::CountedAllocator::live(), 0);
+        }
+        M::freeUp(state);
     }
-    const test::CountedAllocator counted;
-    EXPECT_EQ(M::up(src.data(), src.step(), src.roi(), dst.data(), dst.step(), dst.roi(), state), noxStsNoError);
-    EXPECT_EQ(test::CountedAllocator::allocations(), 1);
-    EXPECT_EQ(test::CountedAllocator::live(), 0);
-    M::freeUp(state);
 }
 
 } // namespace

@@ -387,16 +387,28 @@ Nox32f *copyWithBorder(const Nox32f *src, int step, NoxiSize roi, int half, std:
     return ownCopyWithBorder_32f_C3R(src, step, roi.width, roi.height, noxBorderMirror, 0, half, half, half, half);
 }
 
+/// The scratch that strips of given sizes take.
+template <class A, int Channels, class Tap>
+long long stripBytes(const Kernel<Tap> &kernel, const Bordered<typename A::Pixel> &source, NoxiSize dstRoi,
+                     const StripSizes &sizes) {
+    WorkBuffer measure;
+    Strips<A, Tap, Channels>(kernel, source, nullptr, dstRoi, sizes, measure);
+    return measure.bytes();
+}
+
+/// A group of columns at a time.
+template <class A>
+StripSizes leastSizes() {
+    return {A::block(), 0, A::groupLanes(), 1};
+}
+
 /// Strips as wide as the scratch allows, with lists as long as the rest of it allows.
 template <class A, int Channels, class Tap>
 void runStrips(const Kernel<Tap> &kernel, const Bordered<typename A::Pixel> &source, const Nox32f *scales,
                Rows<typename A::Pixel> dst, NoxiSize dstRoi, Nox8u *scratch, long long bytes) {
-    using S = Strips<A, Tap, Channels>;
     constexpr int widest = 1024, places = 64;
     const auto bytesFor = [&](const StripSizes &sizes) {
-        WorkBuffer measure;
-        S(kernel, source, scales, dstRoi, sizes, measure);
-        return measure.bytes();
+        return stripBytes<A, Channels>(kernel, source, dstRoi, sizes);
     };
     const int block = A::block(), depth = kernel.overlap();
     const auto sizesFor = [&](int columns) {
@@ -407,11 +419,11 @@ void runStrips(const Kernel<Tap> &kernel, const Bordered<typename A::Pixel> &sou
     while (sizes.columns > block && bytesFor(sizes) > bytes)
         sizes = sizesFor(sizes.columns - block);
     if (bytesFor(sizes) > bytes)
-        sizes = {block, 0, A::groupLanes(), 1}; // a group at a time always fits
+        sizes = leastSizes<A>();
     const long long rest = (bytes - bytesFor(sizes)) / Reaches<Tap>::bytesOfPlace(kernel);
     sizes.listedRows += static_cast<int>(std::clamp(rest, 0LL, dstRoi.height - 1LL));
     WorkBuffer work(scratch, 1);
-    S(kernel, source, scales, dstRoi, sizes, work).run(dst);
+    Strips<A, Tap, Channels>(kernel, source, scales, dstRoi, sizes, work).run(dst);
 }
 
 /// Sums of a row's samples fit 32 bits, and spread bytes 15 bits: no negative taps, no more of them than a normalised
@@ -432,26 +444,44 @@ bool sumsAreNarrow(const NoxiPyramidLayerState &state, Nox32f leastWeight, int o
     return true;
 }
 
+/// What runStrips() needs at least.
+template <class T, int Channels, class Tap>
+long long leastBytes(const Kernel<Tap> &kernel, const Bordered<T> &source, NoxiSize dstRoi) {
+    const long long plain = stripBytes<Plain<T>, Channels>(kernel, source, dstRoi, leastSizes<Plain<T>>());
+    if constexpr (std::is_integral_v<T>)
+        return std::max(plain, stripBytes<Wide<T>, Channels>(kernel, source, dstRoi, leastSizes<Wide<T>>()));
+    return plain;
+}
+
 template <class T, int Channels>
-void layerUp(const Bordered<T> &source, Rows<T> dst, NoxiSize dstRoi, const NoxiPyramidLayerState &state) {
+NoxStatus layerUp(const Bordered<T> &source, Rows<T> dst, NoxiSize dstRoi, const NoxiPyramidLayerState &state) {
     using Tap = std::conditional_t<std::is_integral_v<T>, Nox16s, Nox32f>;
     const int places = std::max(dstRoi.width, dstRoi.height);
     const Kernel<Tap> kernel(static_cast<const Tap *>(state.kernel), state.kernelSize, state.rate, places);
-    // Small images with small kernels have little scratch in their state.
-    constexpr int localBytes = 32768;
-    alignas(32) Nox8u local[localBytes];
     auto *const scales = reinterpret_cast<Nox32f *>(state.work);
-    Nox8u *scratch = reinterpret_cast<Nox8u *>(scales + roundUp(places, 8));
+    Nox8u *scratch = reinterpret_cast<Nox8u *>(scales + roundUp(places, 8)), *own = nullptr;
     long long bytes = (upLayerScratchWords(state, Channels) - roundUp(places, 8)) * static_cast<int>(sizeof(Nox32f));
+    // Small images have little scratch in their state: too little for long kernels.
+    constexpr int localBytes = 8192;
+    alignas(32) Nox8u local[localBytes];
     if (bytes < localBytes) {
         scratch = local;
         bytes = localBytes;
+    }
+    const long long least = leastBytes<T, Channels>(kernel, source, dstRoi);
+    if (bytes < least) {
+        if (least > INT_MAX || (own = noxsMalloc_8u(static_cast<int>(least))) == nullptr)
+            return noxStsNoMemory;
+        scratch = own;
+        bytes = least;
     }
     const Nox32f leastWeight = placeScales(kernel, scales, places, Scale<T>::weight, scratch, bytes);
     if (sumsAreNarrow<T>(state, leastWeight, kernel.overlap()))
         runStrips<Plain<T>, Channels>(kernel, source, scales, dst, dstRoi, scratch, bytes);
     else if constexpr (std::is_integral_v<T>)
         runStrips<Wide<T>, Channels>(kernel, source, scales, dst, dstRoi, scratch, bytes);
+    noxsFree(own);
+    return noxStsNoError;
 }
 
 bool isWithin(NoxiSize size, NoxiSize low, NoxiSize high) {
@@ -478,9 +508,9 @@ NoxStatus up(const T *src, int srcStep, NoxiSize srcRoi, T *dst, int dstStep, No
         return noxStsNoMemory;
     const std::ptrdiff_t copyStep = (srcRoi.width + 2 * static_cast<std::ptrdiff_t>(half)) * Channels * sizeof(T);
     const Bordered<T> bordered{{copy, copyStep}, srcRoi};
-    layerUp<T, Channels>(bordered, {dst, dstStep}, dstRoi, *state);
+    status = layerUp<T, Channels>(bordered, {dst, dstStep}, dstRoi, *state);
     noxsFree(copy);
-    return noxStsNoError;
+    return status;
 }
 
 } // namespace
