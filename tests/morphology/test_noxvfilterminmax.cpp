@@ -243,6 +243,35 @@ TEST(RowRoutines, AnyWindow) {
     compareRowRoutines<Nox32f>();
 }
 
+/// The order of operands shows where there are not-a-numbers.
+TEST(RowRoutines, NotANumbersInTheOrderOfPairsAndBlocks) {
+    Random random(19);
+    for (const Routine<Nox32f> &routine : rowRoutines<Nox32f>()) {
+        if (routine.window != 0 && routine.window != 3)
+            continue;
+        for (const int width : {7, 16, 64, 131, 400})
+            for (const int window : routine.window == 3 ? std::vector{3} : std::vector{2, 5, 8, 17, 63, 64, 100, 150}) {
+                if (2 * window > width)
+                    continue;
+                const int anchor = int(random() % window), channels = routine.channels;
+                Image<Nox32f> src(width, 1, channels), dst(width, 1, channels), expected(width, 1, channels);
+                src.generate(
+                    [&](int, int, int) { return random() % 4 == 0 ? std::nanf("") : float(random() % 50 + 1); });
+                for (int c = 0; c < channels; ++c) {
+                    std::vector<float> line;
+                    for (int x = 0; x < width; ++x)
+                        line.push_back(src.at(x, 0, c));
+                    const auto winners = reference::morphology::OrderedLine(routine.largest, line)
+                                             .windows(window, anchor, routine.window == 0);
+                    for (int x = 0; x < width; ++x)
+                        expected.at(x, 0, c) = winners[x];
+                }
+                routine.run(src.data(), dst.data(), width, window, anchor);
+                ASSERT_TRUE(sameImage(dst, expected)) << routine.name << " " << width << " " << window << " " << anchor;
+            }
+    }
+}
+
 template <class T>
 void compareColumnRoutine(nox::ColumnRoutine<T> column, nox::RowRoutine<T> row, bool largest) {
     Random random(17);

@@ -103,6 +103,71 @@ void overRectangle(bool largest, View<const T> src, View<T> dst, NoxiSize roi, N
     });
 }
 
+/// A line of floats that may hold not-a-numbers, by the order of operands that windows of 3 (pairs) and windows of any
+/// width (blocks) keep; of a pair with a not-a-number the second one is taken.
+class OrderedLine {
+public:
+    OrderedLine(bool largest, const std::vector<float> &line) : largest_(largest), s_(line) {}
+
+    std::vector<float> windows(int cells, int anchor, bool blocks) const {
+        const int width = int(s_.size()), some = blocks ? std::min(cells, 63) : cells, before = std::min(anchor, 62);
+        std::vector<float> d(s_.size());
+        for (int x = 0; x < width; ++x) {
+            const int begin = x - before, end = begin + some; // the head and the tail grow cell by cell from their end
+            if (begin < 0)
+                d[x] = run(0, std::min(end, width) - 1, true);
+            if (begin >= 0 && end <= width)
+                d[x] = blocks ? inBlock(begin, some) : inPair(begin);
+        }
+        for (int x = 0; x < width; ++x)
+            if (x >= before && x - before + some > width)
+                d[x] = run(width - 1, x - before, true);
+        widen(d, cells, anchor, some);
+        return d;
+    }
+
+private:
+    float winner(float a, float b) const { return pick(largest_, a, b); }
+    /// Cells from one to another, up or down; each new one is the first operand, or the second.
+    float run(int from, int to, bool newFirst) const {
+        float best = s_[from];
+        for (int i = from; i != to;) {
+            i += from < to ? 1 : -1;
+            best = newFirst ? winner(s_[i], best) : winner(best, s_[i]);
+        }
+        return best;
+    }
+    float inPair(int begin) const {
+        return begin % 2 == 0 ? winner(s_[begin], winner(s_[begin + 1], s_[begin + 2]))
+                              : winner(s_[begin + 2], winner(s_[begin], s_[begin + 1]));
+    }
+    float inBlock(int begin, int n) const {
+        const int place = begin % (n + 1), block = begin - place, last = block + n - 1;
+        if (place == 0)
+            return winner(run(last, block + 1, false), s_[block]);
+        const float behind = run(last + 1, last + place, false);
+        return place == n ? behind : winner(run(last, begin, false), behind);
+    }
+    void widen(std::vector<float> &d, int cells, int anchor, int k) const {
+        const int width = int(d.size());
+        for (; anchor >= k;) {
+            const int t = std::min(anchor - k + 1, k);
+            for (int x = width - 1; x > 0; --x)
+                d[x] = winner(d[std::max(x - t, 0)], d[x]);
+            k += t;
+        }
+        for (; cells > k;) {
+            const int t = std::min(cells - k, k);
+            for (int x = 0; x < width - 1; ++x)
+                d[x] = winner(d[std::min(x + t, width - 1)], d[x]);
+            k += t;
+        }
+    }
+
+    bool largest_;
+    const std::vector<float> &s_;
+};
+
 /// The largest (smallest) sum of a pixel and its kernel value, in extended precision, rounded and limited at the end.
 template <class T, class Kernel>
 void gray(bool largest, View<const T> src, View<T> dst, NoxiSize roi, const Kernel *kernel, NoxiSize size,

@@ -4,6 +4,10 @@
 // Others grow by four: windows of 4, 16 and 64 cells in a short line on the stack, of which the last step joins what
 // the width asks for. So a row costs a number of passes that is the logarithm of the width, each a few instructions a
 // vector. At the ends of the row windows are cut.
+//
+// Of a pair with a not-a-number the second operand is taken, so in rows of floats that hold one the order of operands
+// shows. Windows of 3, and those that the routine for any width forms, have an order of their own there, by pairs and
+// by blocks, and such rows are done pixel by pixel.
 #include <algorithm>
 #include <cfloat>
 #include <cstring>
@@ -111,13 +115,74 @@ void widenWindows(T *row, int width, int left, int right, int allLeft, int allRi
     }
 }
 
-template <class Op, class T, int channels, int fixed>
+/// Two outputs at a time share what both their windows hold.
+template <class Op, int channels>
+void pairsOfThree(const Element<Nox32f> *src, Element<Nox32f> *dst, int width) {
+    for (int i = 0; i < (width - 2) * channels; ++i) {
+        const bool second = i / channels % 2 != 0;
+        const Element<Nox32f> *const pair = src + i + (second ? 0 : channels);
+        const Nox32f shared = baseline::pick<Op, Nox32f>(pair[0], pair[channels]);
+        dst[i] = baseline::pick<Op, Nox32f>(src[i + (second ? 2 * channels : 0)], shared);
+    }
+}
+
+/// The widest window that is formed by blocks; wider ones are joined from those.
+constexpr int longestBlock = 63;
+
+/// Windows of n cells, by blocks of n + 1 outputs (M. van Herk, 1992): backward winners inside a block, and a running
+/// winner of what lies behind it.
+template <class Op, int channels>
+void blocksOfWindows(const Element<Nox32f> *src, Element<Nox32f> *dst, int width, int n) {
+    const auto winner = [](Nox32f a, Nox32f b) NOX_INLINE_LAMBDA { return baseline::pick<Op, Nox32f>(a, b); };
+    for (int c = 0; c < channels; ++c) {
+        const auto at = [=](int x) NOX_INLINE_LAMBDA { return static_cast<std::ptrdiff_t>(x) * channels + c; };
+        for (int b = 0; b + n <= width; b += n + 1) {
+            Nox32f backward[longestBlock];
+            backward[n - 1] = src[at(b + n - 1)];
+            for (int i = n - 2; i > 0; --i)
+                backward[i] = winner(backward[i + 1], src[at(b + i)]);
+            dst[at(b)] = winner(backward[1], src[at(b)]);
+            Nox32f running = 0;
+            for (int i = 1; i <= n && b + n + i <= width; ++i) {
+                const Nox32f next = src[at(b + n + i - 1)];
+                running = i == 1 ? next : winner(running, next);
+                dst[at(b + i)] = i == n ? running : winner(backward[i], running);
+            }
+        }
+    }
+}
+
+/// A row with a not-a-number, by a routine that keeps its order of operands; false for other rows and routines.
+template <class Op, int channels, bool blocks, int fixed>
+bool inKeptOrder(const Nox32f *src, Nox32f *dst, int width, int left, int right) {
+    const int window = left + right + 1;
+    if (!(blocks || (fixed == 3 && window == 3 && width >= 3)) ||
+        !NOX_ON_TIER_FOR(tierBytes<Nox32f>(std::ptrdiff_t{width} * channels),
+                         holdsNotANumber(src, std::ptrdiff_t{width} * channels)))
+        return false;
+    const int someLeft = std::min(left, longestBlock - 1), someRight = std::min(right, longestBlock - 1 - someLeft);
+    cutWindows<Op, Nox32f, channels>(src, dst, width, someLeft, someRight);
+    Nox32f *const inside = dst + std::ptrdiff_t{someLeft} * channels;
+    if (blocks)
+        blocksOfWindows<Op, channels>(src, inside, width, someLeft + someRight + 1);
+    else
+        pairsOfThree<Op, channels>(src, inside, width);
+    widenWindows<Op, Nox32f, channels>(dst, width, someLeft, someRight, left, right);
+    return true;
+}
+
+template <class Op, class T, int channels, bool blocks, int fixed>
 NOX_INLINE void filterRow(const T *src, T *dst, int width, int window, int anchor) {
     // What the row holds of the window.
     const int left = std::min(anchor, width - 1), right = std::min(window - 1 - anchor, width - 1);
     if (left == 0 && right == 0) {
         std::memcpy(dst, src, static_cast<std::size_t>(width) * channels * sizeof(T));
-    } else if (left <= longestWindow - 1 - right) {
+        return;
+    }
+    if constexpr (std::is_same_v<T, Nox32f>)
+        if (inKeptOrder<Op, channels, blocks, fixed>(src, dst, width, left, right))
+            return;
+    if (left <= longestWindow - 1 - right) {
         fewCells<Op, T, channels, fixed>(src, dst, width, left, right);
     } else {
         const int someLeft = std::min(left, longestWindow - 1),
@@ -134,7 +199,7 @@ constexpr int written(int window) { return window >= 2 && window <= shortWindow 
 
 #define NOX_ROW_ROUTINE(NAME, TYPE, CHANNELS, OP, WINDOW)                                                              \
     void NAME(const TYPE *src, TYPE *dst, int width, int window, int anchor) {                                         \
-        filterRow<OP, TYPE, CHANNELS, written(WINDOW)>(src, dst, width, window, anchor);                               \
+        filterRow<OP, TYPE, CHANNELS, WINDOW == 0, written(WINDOW)>(src, dst, width, window, anchor);                  \
     }
 #include "noxvminmaxrows.inc"
 #undef NOX_ROW_ROUTINE
