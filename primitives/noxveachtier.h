@@ -6,6 +6,7 @@
 
 #include <immintrin.h>
 
+#include "ahead.h"
 #include "noxtypes.h"
 #include "tiers.h"
 

@@ -43,6 +43,29 @@ NOX_LANES V load(const void *from) {
     return v;
 }
 
+/// body(x) for vectors of `lanes` results that together are those from x to `count`; the last ones may overlap. On its
+/// way the loop asks for what comes next.
+template <int lanes, class Next, class Body>
+NOX_LANES void forVectors(int x, int count, Next ahead, const Body &body) {
+    for (; x <= count - lanes; x += lanes) {
+        ahead.ask(lanes);
+        body(x);
+    }
+    if (x < count)
+        body(count - lanes);
+}
+/// The same for all results of a row. Stores that straddle cache lines cost more than a vector, so in long rows all but
+/// the first and the last are stored where `to` is aligned.
+template <int lanes, class T, class Next, class Body>
+NOX_LANES void forAlignedVectors(const T *to, int count, Next ahead, const Body &body) {
+    int x = 0;
+    if (count >= 16 * lanesOf<T>) {
+        body(0);
+        x = static_cast<int>((-reinterpret_cast<std::uintptr_t>(to) & (vectorBytes - 1)) / sizeof(T));
+    }
+    forVectors<lanes>(x, count, ahead, body);
+}
+
 /// The larger lanes; a not-a-number in v is passed over.
 template <class V>
 NOX_LANES V larger(V v, V best) {

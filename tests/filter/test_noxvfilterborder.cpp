@@ -168,6 +168,27 @@ TEST(FilterBorder, SmallImages) {
 
 TEST(FilterBorder, StandardSizes) { compareSizes(test::testSizes(), {1, 4, 7, 8, 41, 45, -55, 100}); }
 
+/// Images that are too large for the nearest caches: there each pass asks for what the other one needs. Floats in
+/// thirds: whole numbers, 24 bits, and more bits than sums in double hold.
+TEST(FilterBorder, ImagesThatLeaveTheCaches) {
+    forAllForms([]<class T, class Out>(const Form<T, Out> &form) {
+        test::Random random(12);
+        constexpr int width = 533;
+        const int height = 2 + (1 << 20) / (width * int(sizeof(T) + sizeof(Out)));
+        Image<T> src(width, height, 1, sizeof(T));
+        src.generate([&](int, int y, int) {
+            if constexpr (std::is_same_v<T, Nox8u>)
+                return Nox8u(random());
+            else
+                return y < height / 3       ? Nox32f(random() % 256)
+                       : y < 2 * height / 3 ? test::randomElement<Nox32f>(random)
+                                            : std::ldexp(test::randomElement<Nox32f>(random), -int(random() % 40));
+        });
+        for (const int size : sizesOf(form))
+            ASSERT_TRUE(agrees(form, size, src, size == 3 ? 0 : 4, T(7), 9));
+    });
+}
+
 /// Rows whose first, aligned and last vectors overlap in all ways.
 TEST(FilterBorder, LongRows) {
     forAllForms([]<class T, class Out>(const Form<T, Out> &form) {

@@ -1,6 +1,7 @@
 // The fixed border filters: tables of taps, tables of row and column kernels, and the engine that runs a pair of them.
 #pragma once
 
+#include "ahead.h"
 #include "borders.h"
 #include "frame/owncvomp.h"
 #include "noxtypes.h"
@@ -36,16 +37,19 @@ private:
 } // namespace nox
 
 /// Row kernels: one row of src under a border into one ring row, padded to ringRowLength(). Those of floats tell the
-/// spread of the row that they wrote, and keep what they found for the next row.
-using RowKernel8u16s = void (*)(const Nox8u *src, Nox16s *row, int width, const nox::RowEnds<Nox8u> &ends);
+/// spread of the row that they wrote, and keep what they found for the next row. All kernels ask for what comes next.
+using RowKernel8u16s = void (*)(const Nox8u *src, Nox16s *row, int width, const nox::RowEnds<Nox8u> &ends,
+                                const nox::Ahead &ahead);
 using RowKernel32f = nox::Spread (*)(const Nox32f *src, Nox32f *row, int width, const nox::RowEnds<Nox32f> &ends,
-                                     nox::RowGuess &guess);
+                                     nox::RowGuess &guess, const nox::Ahead &ahead);
 
 /// Column kernels: the window's rows, from top to bottom, into one row of dst.
-using ColumnKernel16s = void (*)(const Nox16s *const *rows, Nox16s *dst, int width);
-using ColumnKernel16s8s = void (*)(const Nox16s *const *rows, Nox8s *dst, int width, const nox::Quotient<Nox32f> &by);
-using ColumnKernel16s8u = void (*)(const Nox16s *const *rows, Nox8u *dst, int width);
-using ColumnKernel32f = void (*)(const Nox32f *const *rows, Nox32f *dst, int width, const nox::Spread &spread);
+using ColumnKernel16s = void (*)(const Nox16s *const *rows, Nox16s *dst, int width, const nox::Ahead &ahead);
+using ColumnKernel16s8s = void (*)(const Nox16s *const *rows, Nox8s *dst, int width, const nox::Quotient<Nox32f> &by,
+                                   const nox::Ahead &ahead);
+using ColumnKernel16s8u = void (*)(const Nox16s *const *rows, Nox8u *dst, int width, const nox::Ahead &ahead);
+using ColumnKernel32f = void (*)(const Nox32f *const *rows, Nox32f *dst, int width, const nox::Spread &spread,
+                                 const nox::Ahead &ahead);
 
 extern "C" {
 

@@ -34,24 +34,28 @@ struct SingleStep<LaplacianOuterOperator> : std::true_type {};
 template <>
 struct SingleStep<LaplacianMiddleOperator> : std::true_type {};
 
-/// Blocks of double sums, tested; in those with a doubtful one each is formed again, and doubtful ones by the
+/// A block of double sums, tested; if there is a doubtful one each is formed again, and doubtful ones by the
 /// definition.
-template <class Operator, class Lines>
-void operateTested(const Lines &lines, Nox32f *dst, int count, const Spread &elements) {
-    const Nox32f certain = certainFrom(2 * Operator::taps, elements.largest * Operator::weight);
-    for (int x = 0; x < count; x += blockLength) {
-        const int length = std::min(blockLength, count - x);
-        const Lines here = lines.from(x);
-        if (length >= leastVector && !NOX_ON_TIER(sumColumnTested<Operator>(here, dst + x, length, certain)))
-            continue;
-        for (int i = 0; i < length; ++i) {
-            const Nox64f sum = operate<Operator, Nox64f>(here, i);
-            const auto rounded = static_cast<Nox32f>(sum);
-            nox::elements(dst)[x + i] = roundsDoubtfully(sum, rounded, certain)
-                                            ? static_cast<Nox32f>(operate<Operator, long double>(here, i))
-                                            : rounded;
-        }
+template <class Operator, class Lines, class Next>
+void sumTested(const Lines &lines, Nox32f *dst, int count, Nox32f certain, const Next &ahead) {
+    if (count >= leastVector && !NOX_ON_TIER(sumColumnTested<Operator>(lines, dst, count, certain, ahead)))
+        return;
+    for (int i = 0; i < count; ++i) {
+        const Nox64f sum = operate<Operator, Nox64f>(lines, i);
+        const auto rounded = static_cast<Nox32f>(sum);
+        nox::elements(dst)[i] = roundsDoubtfully(sum, rounded, certain)
+                                    ? static_cast<Nox32f>(operate<Operator, long double>(lines, i))
+                                    : rounded;
     }
+}
+
+template <class Operator, class Lines>
+void operateTested(const Lines &lines, Nox32f *dst, int count, const Spread &elements, const Ahead &ahead) {
+    const Nox32f certain = certainFrom(2 * Operator::taps, elements.largest * Operator::weight);
+    asking(ahead, [&](const auto &next) {
+        for (int x = 0; x < count; x += blockLength)
+            sumTested<Operator>(lines.from(x), dst + x, std::min(blockLength, count - x), certain, next.from(x));
+    });
 }
 
 /// The lines under the taps of a row operator: the row itself, shifted by a pixel each.
@@ -80,6 +84,7 @@ struct FloatRow {
     Nox32f *row;
     int width;
     const RowEnds<Nox32f> &ends;
+    const Ahead &ahead;
 
     Nox32f *second() const { return row + ringRowLength(width); }
 };
@@ -88,7 +93,10 @@ template <class Row, class Second>
 bool filterOnGrid(const FloatRow &at, const Grid &grid) {
     constexpr int reach = Row::taps / 2;
     const int inner = at.width - 2 * reach;
-    if (!NOX_ON_TIER(sumRowOnGrid<Row, Second>(at.src, at.row + reach, at.second() + reach, inner, grid)))
+    if (!asking(at.ahead, [&](const auto &next) {
+            return NOX_ON_TIER(
+                sumRowOnGrid<Row, Second>(at.src, at.row + reach, at.second() + reach, inner, grid, next));
+        }))
         return false;
     filterBothEnds<Row, Second, Nox32f>(at.src, at.row, at.width, at.ends);
     return true;
@@ -100,8 +108,9 @@ Spread filterWide(const FloatRow &at) {
     using Real = std::conditional_t<SingleStep<Row>::value, Nox32f, Nox64f>;
     constexpr int reach = Row::taps / 2;
     const int inner = at.width - 2 * reach;
-    const Spread spread =
-        NOX_ON_TIER(sumRowWide<Row, Second, Real>(at.src, at.row + reach, at.second() + reach, inner));
+    const Spread spread = asking(at.ahead, [&](const auto &next) {
+        return NOX_ON_TIER(sumRowWide<Row, Second, Real>(at.src, at.row + reach, at.second() + reach, inner, next));
+    });
     filterBothEnds<Row, Second, Nox64f>(at.src, at.row, at.width, at.ends);
     return spread;
 }
@@ -114,7 +123,7 @@ void filterTested(const FloatRow &at, const Spread &elements) {
     if constexpr (SingleStep<Row>::value)
         filterWide<Row, Second>(at);
     else
-        operateTested<Row>(linesUnder<Row::taps>(at.src), at.row + reach, inner, elements);
+        operateTested<Row>(linesUnder<Row::taps>(at.src), at.row + reach, inner, elements, at.ahead);
     filterBothEnds<Row, Second, long double>(at.src, at.row, at.width, at.ends);
 }
 
@@ -140,10 +149,11 @@ Spread filterUnknown(const FloatRow &at, int weight, RowGuess &guess) {
 
 /// A row of results. It is taken for what the last one was, and looked at while it is summed.
 template <class Row, class Second = void>
-Spread filterRow(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends, RowGuess &guess) {
+Spread filterRow(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends, RowGuess &guess,
+                 const Ahead &ahead) {
     using Kind = RowGuess::Kind;
     constexpr int weight = std::is_void_v<Second> ? Row::weight : LaplacianMiddleOperator::weight;
-    const FloatRow at = {src, row, width, ends};
+    const FloatRow at = {src, row, width, ends, ahead};
     if (width < leastVector + 2 * (Row::taps / 2)) {
         filterShort<Row, Second>(at);
         return spreadOfSums(join(spreadOf(src, width), guess.border), weight);
@@ -160,27 +170,28 @@ Spread filterRow(const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f
 }
 
 template <class Operator, class Real, int Taps>
-void sumLines(const Lines<Nox32f, Taps> &lines, Nox32f *dst, int count) {
+void sumLines(const Lines<Nox32f, Taps> &lines, Nox32f *dst, int count, const Ahead &ahead) {
     if (count >= leastVector)
-        NOX_ON_TIER(sumColumn<Operator, Real>(lines, dst, count));
+        asking(ahead, [&](const auto &next) { NOX_ON_TIER(sumColumn<Operator, Real>(lines, dst, count, next)); });
     else
         for (int x = 0; x < count; ++x)
             elements(dst)[x] = static_cast<Nox32f>(operate<Operator, Real>(lines, x));
 }
 
 template <class Operator, int Taps>
-void operateRounded(const Lines<Nox32f, Taps> &lines, Nox32f *dst, int count, const Spread &elements) {
+void operateRounded(const Lines<Nox32f, Taps> &lines, Nox32f *dst, int count, const Spread &elements,
+                    const Ahead &ahead) {
     if (SingleStep<Operator>() || exactInFloat(elements, Operator::weight))
-        sumLines<Operator, Nox32f>(lines, dst, count);
+        sumLines<Operator, Nox32f>(lines, dst, count, ahead);
     else if (exactInDouble(elements, Operator::weight))
-        sumLines<Operator, Nox64f>(lines, dst, count);
+        sumLines<Operator, Nox64f>(lines, dst, count, ahead);
     else
-        operateTested<Operator>(lines, dst, count, elements);
+        operateTested<Operator>(lines, dst, count, elements, ahead);
 }
 
 template <class Operator>
-void filterColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &spread) {
-    operateRounded<Operator>(linesOf<Operator::taps>(rows), dst, width, spread);
+void filterColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &spread, const Ahead &ahead) {
+    operateRounded<Operator>(linesOf<Operator::taps>(rows), dst, width, spread, ahead);
 }
 
 /// The operator's sum times a factor: a product that is exact in double, or else tested.
@@ -195,17 +206,17 @@ struct Mean {
 };
 
 template <class Operator>
-void meanColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &spread) {
+void meanColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &spread, const Ahead &ahead) {
     using Product = Mean<Operator>;
     const auto lines = linesOf<Operator::taps>(rows);
     // The factor has 24 bits, so the product of a sum of 24 bits is rounded once in single precision, and that of a sum
     // of 29 bits is exact in double.
     if (exactInFloat(spread, Operator::weight))
-        sumLines<Product, Nox32f>(lines, dst, width);
+        sumLines<Product, Nox32f>(lines, dst, width, ahead);
     else if (sumsFit(29, spread, Operator::weight))
-        sumLines<Product, Nox64f>(lines, dst, width);
+        sumLines<Product, Nox64f>(lines, dst, width, ahead);
     else
-        operateTested<Product>(lines, dst, width, spread);
+        operateTested<Product>(lines, dst, width, spread, ahead);
 }
 
 /// The grid on which what is added to sums of the Laplacian's rows may lie, for the result to be exact.
@@ -231,7 +242,7 @@ void addColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Spread &
             if (exactInDouble(join(spread, added), LaplacianAddOperator::weight))
                 continue;
         }
-        operateRounded<LaplacianAddOperator>(lines, dst + x, length, join(spread, spreadOf(first, length)));
+        operateRounded<LaplacianAddOperator>(lines, dst + x, length, join(spread, spreadOf(first, length)), Ahead());
     }
 }
 
@@ -242,43 +253,44 @@ extern "C" {
 NOX_FILTER_TAPS(Nox32f, 32f)
 
 #define NOX_ROW_KERNEL(TAG, OPERATOR)                                                                                  \
-    static Spread ownFilterRowBorderPipeline_32f_C1R_##TAG(const Nox32f *src, Nox32f *row, int width,                  \
-                                                           const RowEnds<Nox32f> &ends, RowGuess &guess) {             \
-        return filterRow<OPERATOR>(src, row, width, ends, guess);                                                      \
+    static Spread ownFilterRowBorderPipeline_32f_C1R_##TAG(                                                            \
+        const Nox32f *src, Nox32f *row, int width, const RowEnds<Nox32f> &ends, RowGuess &guess, const Ahead &ahead) { \
+        return filterRow<OPERATOR>(src, row, width, ends, guess, ahead);                                               \
     }
 NOX_ROW_KERNELS(NOX_ROW_KERNEL)
 
 static Spread ownFilterRowBorderPipeline_32f_C1R_3x3_kerLaplacian(const Nox32f *src, Nox32f *row, int width,
-                                                                  const RowEnds<Nox32f> &ends, RowGuess &guess) {
-    return filterRow<LaplacianOuterOperator, LaplacianMiddleOperator>(src, row, width, ends, guess);
+                                                                  const RowEnds<Nox32f> &ends, RowGuess &guess,
+                                                                  const Ahead &ahead) {
+    return filterRow<LaplacianOuterOperator, LaplacianMiddleOperator>(src, row, width, ends, guess, ahead);
 }
 
 #define NOX_COLUMN_KERNEL(TAG, OPERATOR)                                                                               \
     static void ownFilterColumnPipeline_32f_C1R_##TAG(const Nox32f *const *rows, Nox32f *dst, int width,               \
-                                                      const Spread &spread) {                                          \
-        filterColumn<OPERATOR>(rows, dst, width, spread);                                                              \
+                                                      const Spread &spread, const Ahead &ahead) {                      \
+        filterColumn<OPERATOR>(rows, dst, width, spread, ahead);                                                       \
     }
 NOX_COLUMN_KERNELS(NOX_COLUMN_KERNEL)
 
 // The middle row's second half stands in for its first.
 static void ownFilterColumnPipeline_32f_C1R_3x3_kerLaplacian(const Nox32f *const *rows, Nox32f *dst, int width,
-                                                             const Spread &spread) {
+                                                             const Spread &spread, const Ahead &ahead) {
     const Nox32f *const halves[] = {rows[0], rows[1] + ringRowLength(width), rows[2]};
-    filterColumn<LaplacianColumnOperator>(halves, dst, width, spread);
+    filterColumn<LaplacianColumnOperator>(halves, dst, width, spread, ahead);
 }
 
 static void ownFilterColumnPipeline_32f_C1R_5x5_kerLaplacian(const Nox32f *const *rows, Nox32f *dst, int width,
-                                                             const Spread &spread) {
+                                                             const Spread &spread, const Ahead & /*ahead*/) {
     addColumn(rows, dst, width, spread);
 }
 
 static void ownFilterColumnPipeline_32f_C1R_3x3_kerAvr(const Nox32f *const *rows, Nox32f *dst, int width,
-                                                       const Spread &spread) {
-    meanColumn<MeanOperator3>(rows, dst, width, spread);
+                                                       const Spread &spread, const Ahead &ahead) {
+    meanColumn<MeanOperator3>(rows, dst, width, spread, ahead);
 }
 static void ownFilterColumnPipeline_32f_C1R_5x5_kerAvr(const Nox32f *const *rows, Nox32f *dst, int width,
-                                                       const Spread &spread) {
-    meanColumn<MeanOperator5>(rows, dst, width, spread);
+                                                       const Spread &spread, const Ahead &ahead) {
+    meanColumn<MeanOperator5>(rows, dst, width, spread, ahead);
 }
 
 #define NOX_ROW(TAG) ownFilterRowBorderPipeline_32f_C1R_##TAG

@@ -52,14 +52,14 @@ public:
                    ? nullptr
                    : src_[borderIndex(y, size_.height, filter_.borderType)];
     }
-    /// Makes row y as the window's next.
-    void push(int y) {
+    /// Makes row y as the window's next, and asks for what comes after it.
+    void push(int y, const Ahead &ahead) {
         advance();
         const Pixel *src = source(y);
         Mid *row = window()[height_ - 1];
         if (!src)
             std::fill_n(row, size_.width, constantRow(filter_));
-        last() = src ? stage_.filter(src, row) : stage_.describe(row);
+        last() = src ? stage_.filter(src, row, ahead) : stage_.describe(row);
     }
 
     Mid *const *window() const { return places_ + first_; }
@@ -87,8 +87,8 @@ struct RowStage8u {
     int width;
     RowEnds<Nox8u> ends;
 
-    Nothing filter(const Nox8u *src, Nox16s *row) const {
-        kernel(src, row, width, ends);
+    Nothing filter(const Nox8u *src, Nox16s *row, const Ahead &ahead) const {
+        kernel(src, row, width, ends, ahead);
         return {};
     }
     Nothing describe(const Nox16s *) const { return {}; }
@@ -100,11 +100,14 @@ struct RowStage32f {
     RowEnds<Nox32f> ends;
     RowGuess guess;
 
-    Spread filter(const Nox32f *src, Nox32f *row) { return kernel(src, row, width, ends, guess); }
+    Spread filter(const Nox32f *src, Nox32f *row, const Ahead &ahead) {
+        return kernel(src, row, width, ends, guess, ahead);
+    }
     Spread describe(const Nox32f *row) const { return spreadOf(row, 1); }
 };
 
-/// Rows of the slice: column(window, description, row of dst) for each.
+/// Rows of the slice: column(window, description, row of dst, what comes next) for each. Each pass asks for the row
+/// that the other one begins with.
 template <class Mid, class About, class RowStage, class Pixel, class Out, class Column>
 void convolve(Rows<const Pixel> src, Rows<Out> dst, NoxiSize size, const FixedFilter<Pixel, Mid> &filter,
               RowStage stage, Nox8u *buffer, const Slice &slice, const Column &column) {
@@ -113,10 +116,18 @@ void convolve(Rows<const Pixel> src, Rows<Out> dst, NoxiSize size, const FixedFi
     const int reach = filter.columnTapCount / 2;
     Ring<Mid, About, Pixel, RowStage> ring(src, size, filter, stage, buffer);
     for (int y = slice.first - reach; y < slice.first + reach; ++y)
-        ring.push(y);
-    for (int y = slice.first; y < slice.first + slice.count; ++y) {
-        ring.push(y + reach);
-        column(ring.window(), ring.about(), dst[y - slice.first]);
+        ring.push(y, Ahead());
+    const bool asks = leavesCaches(static_cast<long long>(sizeof(Pixel) + sizeof(Out)) * size.width * size.height);
+    const int last = slice.first + slice.count - 1;
+    Ahead result, source;
+    for (int y = slice.first; y <= last; ++y) {
+        Out *to = dst[y - slice.first];
+        if (asks) {
+            result = Ahead(to);
+            source = y < last ? Ahead(ring.source(y + reach + 1)) : Ahead();
+        }
+        ring.push(y + reach, result);
+        column(ring.window(), ring.about(), to, source);
     }
 }
 
@@ -137,7 +148,9 @@ void ownFilterConvolution_8u16s_C1R_omp(Rows<const Nox8u> src, Rows<Nox16s> dst,
                                         const FixedFilter<Nox8u, Nox16s> &filter, Nox8u *buffer, const Slice &slice) {
     const ColumnKernel16s kernel = owntabColumn_8u16s[filter.columnIndex];
     convolve<Nox16s, Nothing>(src, dst, size, filter, rowStage(filter, size.width), buffer, slice,
-                              [&](const Nox16s *const *rows, Nothing, Nox16s *out) { kernel(rows, out, size.width); });
+                              [&](const Nox16s *const *rows, Nothing, Nox16s *out, const Ahead &ahead) {
+                                  kernel(rows, out, size.width, ahead);
+                              });
 }
 
 void ownFilterConvolution_8u8s_C1R_omp(Rows<const Nox8u> src, Rows<Nox8s> dst, NoxiSize size,
@@ -145,16 +158,19 @@ void ownFilterConvolution_8u8s_C1R_omp(Rows<const Nox8u> src, Rows<Nox8s> dst, N
                                        const Slice &slice) {
     const ColumnKernel16s8s kernel = owntabColumn_8u8s[filter.columnIndex];
     const Quotient<Nox32f> by = makeQuotient<Nox32f>(divisor);
-    convolve<Nox16s, Nothing>(
-        src, dst, size, filter, rowStage(filter, size.width), buffer, slice,
-        [&](const Nox16s *const *rows, Nothing, Nox8s *out) { kernel(rows, out, size.width, by); });
+    convolve<Nox16s, Nothing>(src, dst, size, filter, rowStage(filter, size.width), buffer, slice,
+                              [&](const Nox16s *const *rows, Nothing, Nox8s *out, const Ahead &ahead) {
+                                  kernel(rows, out, size.width, by, ahead);
+                              });
 }
 
 void ownFilterConvolution_8u_C1R_omp(Rows<const Nox8u> src, Rows<Nox8u> dst, NoxiSize size,
                                      const FixedFilter<Nox8u, Nox16s> &filter, Nox8u *buffer, const Slice &slice) {
     const ColumnKernel16s8u kernel = owntabColumn_8u[filter.columnIndex];
     convolve<Nox16s, Nothing>(src, dst, size, filter, rowStage(filter, size.width), buffer, slice,
-                              [&](const Nox16s *const *rows, Nothing, Nox8u *out) { kernel(rows, out, size.width); });
+                              [&](const Nox16s *const *rows, Nothing, Nox8u *out, const Ahead &ahead) {
+                                  kernel(rows, out, size.width, ahead);
+                              });
 }
 
 void ownFilterConvolution_32f_C1R_omp(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize size,
@@ -165,9 +181,10 @@ void ownFilterConvolution_32f_C1R_omp(Rows<const Nox32f> src, Rows<Nox32f> dst, 
                                size.width,
                                rowEnds(filter, size.width),
                                {border, columnWeights_32f[filter.columnIndex]}};
-    convolve<Nox32f, Spread>(
-        src, dst, size, filter, stage, buffer, slice,
-        [&](const Nox32f *const *rows, const Spread &spread, Nox32f *out) { kernel(rows, out, size.width, spread); });
+    convolve<Nox32f, Spread>(src, dst, size, filter, stage, buffer, slice,
+                             [&](const Nox32f *const *rows, const Spread &spread, Nox32f *out, const Ahead &ahead) {
+                                 kernel(rows, out, size.width, spread, ahead);
+                             });
 }
 
 // The whole image is a slice. The column taps are built into the kernels; the divisor of 8u is, too.
