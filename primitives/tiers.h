@@ -23,17 +23,17 @@ static_assert(LDBL_MANT_DIG == 64, "long double must be the 80-bit extended form
 #define NOX_TIERS __attribute__((target_clones("avx2", "default")))
 #endif
 
-/// A kernel in explicit vectors that are wider than the baseline's: compiled for the avx2 tier alone, and called where
-/// wideTier() is true. Defined where the tiers are.
+/// A kernel in explicit vectors that are wider than the baseline's: compiled for processors with AVX2 and fused
+/// additions, and called where wideTier() is true. The compiler fuses nothing by itself. Defined where the tiers are.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(NOXCV_BASELINE)
-#define NOX_WIDE_TIER __attribute__((target("avx2")))
+#define NOX_WIDE_TIER __attribute__((target("avx2,fma")))
 #endif
 
 namespace nox {
 /// True when this processor runs the wide tier; loading the library has asked it already.
 [[gnu::always_inline]] inline bool wideTier() {
 #ifdef NOX_WIDE_TIER
-    return __builtin_cpu_supports("avx2") != 0;
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
 #else
     return false;
 #endif

@@ -197,6 +197,7 @@ void filterColumn(const Nox32f *const *rows, Nox32f *dst, int width, const Sprea
 /// The operator's sum times a factor: a product that is exact in double, or else tested.
 template <class Operator>
 struct Mean {
+    using Sum = Operator;
     static constexpr Nox32f factor = Operator::taps == 3 ? 0.11111111F : 0.04F;
     static constexpr int taps = Operator::taps, weight = Operator::weight;
     template <class R, class... Rest>

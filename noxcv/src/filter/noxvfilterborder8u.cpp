@@ -8,28 +8,6 @@
 #include "noxvfilterkernels.h"
 #include "numerics.h"
 
-namespace nox {
-
-/// The taps of a row operator that are not zero.
-struct RowTaps {
-    int count = 0;
-    int place[6] = {}, weight[6] = {};
-};
-template <class Row>
-constexpr RowTaps rowTaps = [] {
-    RowTaps taps;
-    for (int j = 0; j < Row::taps; ++j) {
-        const int weight = operateOn<Row>([&](int i) { return i == j ? 1 : 0; });
-        if (weight != 0) {
-            taps.place[taps.count] = j;
-            taps.weight[taps.count++] = weight;
-        }
-    }
-    return taps;
-}();
-
-} // namespace nox
-
 #define NOX_KERNELS "filter/noxvfilterborder8u.inc"
 #include "noxveachtier.h"
 

@@ -125,6 +125,7 @@ struct LaplacianAddOperator {
 /// takes lanes of 32 bits.
 template <class Operator>
 struct Negative {
+    using Positive = Operator;
     static constexpr int taps = Operator::taps, weight = Operator::weight;
     template <class R, class... Rest>
     NOX_INLINE static constexpr R of(R a, R b, R c, Rest... rest) {
@@ -146,6 +147,24 @@ NOX_INLINE constexpr auto operateOn(const Load &load) {
     else
         return Operator::of(load(0), load(1), load(2), load(3), load(4), load(5));
 }
+
+/// The taps of an operator that are not zero.
+struct TapList {
+    int count = 0;
+    int place[6] = {}, weight[6] = {};
+};
+template <class Operator>
+constexpr TapList tapsOf = [] {
+    TapList taps;
+    for (int j = 0; j < Operator::taps; ++j) {
+        const int weight = operateOn<Operator>([&](int i) { return i == j ? 1 : 0; });
+        if (weight != 0) {
+            taps.place[taps.count] = j;
+            taps.weight[taps.count++] = weight;
+        }
+    }
+    return taps;
+}();
 
 /// Output x of an operator over lines, in the arithmetic R.
 template <class Operator, class R, class Lines>

@@ -7,16 +7,6 @@
 #include "noxvextendedsum.h"
 #include "tiers.h"
 
-// A product of floats is exact in double, so a fused addition gives the same bits as a product and a sum: here the wide
-// tier takes a processor that has both.
-#ifdef NOX_WIDE_TIER
-#undef NOX_WIDE_TIER
-#define NOX_WIDE_TIER __attribute__((target("avx2,fma")))
-#define NOX_ON_FUSED_TIER(...) (wideTier() && __builtin_cpu_supports("fma") ? wide::__VA_ARGS__ : baseline::__VA_ARGS__)
-#else
-#define NOX_ON_FUSED_TIER(...) baseline::__VA_ARGS__
-#endif
-
 #define NOX_KERNELS "filter/noxvroundedsums.inc"
 #include "noxveachtier.h"
 
@@ -31,7 +21,7 @@ auto overConverted(RowWindow<Nox32f> window, int tapCount, int count, const Roun
     const std::ptrdiff_t under = count + window.stride * (tapCount - 1);
     if (under > room)
         return round(window);
-    NOX_ON_FUSED_TIER(convertFloats(window.first, line, static_cast<int>(under)));
+    NOX_ON_TIER(convertFloats(window.first, line, static_cast<int>(under)));
     return round(RowWindow<Nox64f>{line, window.stride});
 }
 
@@ -52,28 +42,28 @@ Fold foldOf(const Nox32f *taps, int tapCount) {
 
 bool roundExactTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Fold fold, Nox32f *dst, int count) {
     return overConverted(window, tapCount, count, [&](const auto &lines) {
-        return NOX_ON_FUSED_TIER(roundExactSums(lines, taps, tapCount, fold, dst, count));
+        return NOX_ON_TIER(roundExactSums(lines, taps, tapCount, fold, dst, count));
     });
 }
 bool roundExactTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Fold fold, Nox32f *dst, int count) {
-    return NOX_ON_FUSED_TIER(roundExactSums(window, taps, tapCount, fold, dst, count));
+    return NOX_ON_TIER(roundExactSums(window, taps, tapCount, fold, dst, count));
 }
 bool roundTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Fold fold, Nox32f *dst, int count,
                Nox32f certain) {
     return overConverted(window, tapCount, count, [&](const auto &lines) {
-        return NOX_ON_FUSED_TIER(roundSums(lines, taps, tapCount, fold, dst, count, certain));
+        return NOX_ON_TIER(roundSums(lines, taps, tapCount, fold, dst, count, certain));
     });
 }
 bool roundTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Fold fold, Nox32f *dst, int count,
                Nox32f certain) {
-    return NOX_ON_FUSED_TIER(roundSums(window, taps, tapCount, fold, dst, count, certain));
+    return NOX_ON_TIER(roundSums(window, taps, tapCount, fold, dst, count, certain));
 }
 
 bool areMultiples(const Nox32f *elements, int count, Nox32f quantum, Nox32f largest) {
-    return NOX_ON_FUSED_TIER(areMultiples(elements, count, quantum, largest));
+    return NOX_ON_TIER(areMultiples(elements, count, quantum, largest));
 }
 bool areWithin(const Nox32f *elements, int count, Nox32f largest) {
-    return NOX_ON_FUSED_TIER(areWithin(elements, count, largest));
+    return NOX_ON_TIER(areWithin(elements, count, largest));
 }
 
 } // namespace nox
