@@ -207,9 +207,22 @@ TYPED_TEST(RowPipeline, StandardSizes) {
     compareSizes<TypeParam>({{17, 3}, {31, 2}, {64, 3}, {127, 2}, {301, 2}, {513, 2}}, {1, 3, 5, 6, 9, 15}, 4);
 }
 
+/// Short rows go through a strip as a whole, with up to 512 elements and the border's; longer ones in three parts.
+TYPED_TEST(RowPipeline, RowsAroundTheLongestShortOne) {
+    for (const int kernelSize : {1, 3, 4, 8, 15}) {
+        std::vector<NoxiSize> sizes;
+        for (int more = -2; more <= 2; ++more)
+            sizes.push_back({512 / TypeParam::channels - kernelSize + 1 + more, 2});
+        compareSizes<TypeParam>(sizes, {kernelSize}, 3);
+    }
+    compareSizes<TypeParam>({{515, 1}}, {514, 515, 516, 530}, 257);
+}
+
 template <class M>
 void compareAllSizesManyKernels() {
-    compareSizes<M>(test::testSizes(), {1, 2, 3, 4, 5, 6, 7, 8, 11, 15, 40}, 3);
+    std::vector<NoxiSize> sizes = test::testSizes();
+    sizes.insert(sizes.end(), {{531, 3}, {700, 2}, {1031, 1}});
+    compareSizes<M>(sizes, {1, 2, 3, 4, 5, 6, 7, 8, 11, 15, 40}, 3);
 }
 
 template <class M>

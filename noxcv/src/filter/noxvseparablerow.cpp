@@ -28,13 +28,20 @@ struct RowCall {
 /// Copies pixels first, first + 1, ... of a row to the strip; those outside the row by the border rule.
 template <int Channels, class T>
 void fillStrip(const RowCall<T> &call, const T *row, int first, int count, T *strip) {
-    for (int i = 0; i < count; ++i) {
-        const int x = first + i;
-        const bool constant = call.borderType == noxBorderConstant && (x < 0 || x >= call.roi.width);
-        const T *pixel = constant ? call.borderValue
-                                  : row + std::ptrdiff_t{Channels} * borderIndex(x, call.roi.width, call.borderType);
-        std::memcpy(strip + std::ptrdiff_t{Channels} * i, pixel, Channels * sizeof(T));
-    }
+    constexpr std::ptrdiff_t pixel = Channels;
+    const auto fillOutside = [&](int i, int end) {
+        for (; i < end; ++i) {
+            const bool constant = call.borderType == noxBorderConstant;
+            const T *from =
+                constant ? call.borderValue : row + pixel * borderIndex(first + i, call.roi.width, call.borderType);
+            std::memcpy(strip + pixel * i, from, Channels * sizeof(T));
+        }
+    };
+    const int begin = std::clamp(-first, 0, count), end = std::clamp(call.roi.width - first, begin, count);
+    fillOutside(0, begin);
+    if (begin < end)
+        std::memcpy(strip + pixel * begin, row + pixel * (first + begin), (end - begin) * Channels * sizeof(T));
+    fillOutside(end, count);
 }
 
 /// Filters lines one after the other.
@@ -85,15 +92,21 @@ template <int Channels, class Rule, class T>
 NoxStatus filterRows(const RowCall<T> &call, const Rule &rule, typename Rule::Output *const *rows, int first, int count,
                      Nox8u *scratch) {
     T *strip = reinterpret_cast<T *>(alignUp(scratch, 32));
-    // Outputs that reach neither end; a row shorter than the kernel has none, and goes through the strip as a whole.
+    // Outputs that reach neither end; a row shorter than the kernel has none. It goes through the strip as a whole, and
+    // so do other short rows, through a strip of their own: the parts of a row cost more than its pixels there.
     const int width = call.roi.width, inner = width - call.kernelSize + 1, left = call.xAnchor, right = left + inner;
+    constexpr int shortRow = 512;
+    T whole[shortRow];
+    const bool isShort = (static_cast<long long>(width) + call.kernelSize - 1) * Channels <= shortRow;
     LineFilter<Rule> filter(rule);
     for (int y = first; y < first + count; ++y) {
         const T *row = call.src[y];
         typename Rule::Output *dst = elements(rows)[y];
         if (dst == nullptr)
             return noxStsNullPointer;
-        if (inner > 0) {
+        if (isShort) {
+            filterStrip<Channels>(call, filter, row, 0, width, whole, dst);
+        } else if (inner > 0) {
             filterStrip<Channels>(call, filter, row, 0, left, strip, dst);
             filter(RowWindow<T>{row, Channels}, dst + std::ptrdiff_t{Channels} * left, Channels * inner);
             filterStrip<Channels>(call, filter, row, right, width, strip, dst);
