@@ -114,6 +114,24 @@ TYPED_TEST(FilterMinMax, InPlace) {
         }
 }
 
+/// Images that are too large for the nearest caches: there the columns ask for the rows that come next. What they do
+/// with bytes does not depend on channels, so one layout tries all heights.
+TYPED_TEST(FilterMinMax, ImagesThatLeaveTheCaches) {
+    using T = typename TypeParam::T;
+    constexpr int channels = TypeParam::channels;
+    Random random(6);
+    const int width = 1033 / channels, count = width * channels,
+              height = 2 + (sizeof(T) == 1 ? 1 << 22 : 1 << 17) / count;
+    Image<T> src(width, height, channels, 4, 3), dst(width, height, channels, 0, 1);
+    roughen(src, random);
+    const std::vector<NoxiSize> masks = sizeof(T) == 1 && channels > 1
+                                            ? std::vector<NoxiSize>{{2, 3}}
+                                            : std::vector<NoxiSize>{{3, 3}, {1, 5}, {4, 7}, {1, 18}, {2, 2}, {3, 20}};
+    for (const NoxiSize mask : masks)
+        for (const bool largest : {false, true})
+            Filter<TypeParam>::compare(largest, src, dst, mask, {mask.width / 2, mask.height / 3});
+}
+
 TYPED_TEST(FilterMinMax, StatusesInOrder) {
     using T = typename TypeParam::T;
     constexpr int channels = TypeParam::channels;

@@ -104,6 +104,26 @@ TYPED_TEST(Morphology, MasksOfManyCells) {
     Calls<TypeParam>::compare(Mask::of("tall on low", {2, 300}, [](int, int) { return true; }), {9, 20}, random);
 }
 
+/// An image that is too large for the nearest caches: there the rows that come next are asked for.
+template <class Layout>
+NoxiSize largeSize() {
+    const int width = 1033 / Layout::channels, row = 2 * width * Layout::channels * Calls<Layout>::e;
+    return {width, 2 + (1 << 20) / row};
+}
+
+TYPED_TEST(Morphology, ImagesThatLeaveTheCaches) {
+    Random random(24);
+    const NoxiSize size = largeSize<TypeParam>();
+    Calls<TypeParam>::compare(Mask::of("cells", {3, 4}, [](int x, int y) { return (x + y) % 2 == 0; }), size, random);
+    Calls<TypeParam>::compare(Mask::of("runs", {9, 3}, [](int x, int y) { return x != 2 + 2 * y; }), size, random);
+}
+
+TEST(MorphologyFull, ManyCellsOnALargeImage) {
+    Random random(25);
+    const Mask mask = Mask::of("many", {37, 36}, [&](int, int) { return random() % 2 != 0; });
+    Calls<Layout<Nox32f, 1>>::compare(mask, largeSize<Layout<Nox32f, 1>>(), random);
+}
+
 TYPED_TEST(Morphology, KindsAndFields) {
     constexpr int e = Calls<TypeParam>::e, channels = TypeParam::channels;
     const bool narrow = e == 1;

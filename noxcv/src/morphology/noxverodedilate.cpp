@@ -9,6 +9,7 @@
 #include <cfloat>
 #include <type_traits>
 
+#include "ahead.h"
 #include "checks.h"
 #include "noxcv/primitives.h"
 #include "noxvminmax.h"
@@ -108,17 +109,20 @@ Levels cheapestLevels(const IsSet &isSet, NoxiSize mask) {
 }
 
 /// Joins the pieces of a mask for rows of outputs. at(y, piece) tells where the pixels of a piece are for output row y.
-/// With a srcStep that is not 0 they are so many bytes further on in each row.
-template <class Op, class T, class IsSet, class At>
+/// With a srcStep that is not 0 they are so many bytes further on in each row. ahead(y) tells what comes after output
+/// row y.
+template <class Op, class T, class IsSet, class At, class Coming>
 void joinPieces(const IsSet &isSet, NoxiSize mask, const Levels &levels, Rows<T> dst, int height, std::ptrdiff_t count,
-                std::ptrdiff_t srcStep, const At &at) {
+                std::ptrdiff_t srcStep, const At &at, const Coming &ahead) {
     const int cells = mask.width * mask.height;
     Pieces part;
     const T *from[Pieces::most];
     const auto join = [&](int y, bool more, bool placed) {
         for (int i = 0; i < part.count; ++i)
             from[i] = placed ? Rows<const T>{from[i], srcStep}[1] : at(y, part.list[i]);
-        NOX_ON_TIER_FOR(tierBytes<T>(count), joinLimited<Op, T>(from, part.count, more, dst[y], count));
+        asking(ahead(y), [&](const auto &next) {
+            NOX_ON_TIER_FOR(tierBytes<T>(count), joinLimited<Op, T>(from, part.count, more, dst[y], count, next));
+        });
     };
     const int first = part.collect(isSet, mask, levels, 0);
     for (int y = 0; y < height; ++y) {
@@ -143,7 +147,8 @@ void joinMask(Rows<const T> src, Rows<T> dst, NoxiSize roi, const T *table, Noxi
                       Levels{}, dst, roi.height, static_cast<std::ptrdiff_t>(roi.width) * channels, src.step,
                       [src](int y, const Piece &piece) {
                           return src[y + piece.row] + static_cast<std::ptrdiff_t>(piece.column) * channels;
-                      });
+                      },
+                      [](int) { return NothingAhead(); });
 }
 
 #define NOX_MASK_ROUTINES(TYPE, TAG, CHANNELS)                                                                         \
@@ -252,7 +257,13 @@ struct GeneralMask {
             }
             return from[piece.level + 1] + elements(x0 - state.anchorX + piece.column);
         };
-        joinPieces<Op, T>(isSet, mask, levels, {dst[0] + elements(x0), dst.step}, roi.height, elements(x1 - x0), 0, at);
+        const Rows<T> inner = {dst[0] + elements(x0), dst.step};
+        const bool asks = leavesCaches(2LL * static_cast<int>(sizeof(T)) * elements(roi.width) * roi.height);
+        const auto ahead = [&](int y) {
+            const auto next = static_cast<int>(std::min<long long>(1LL + y + state.bottomExtent, lastRow));
+            return asks ? AheadRows<1>(src, next, inner, y + 1) : AheadRows<1>();
+        };
+        joinPieces<Op, T>(isSet, mask, levels, inner, roi.height, elements(x1 - x0), 0, at, ahead);
     }
     /// The windows of one source row, as far as whole ones fit.
     void makeWindows(const Levels &levels, const T *from, T *first, T *second) const {

@@ -8,11 +8,14 @@
 //
 // Minima and maxima of bytes do not mind an order, so columns go first there unless the images overlap: the rows are
 // joined where they lie, into a line that is still in the nearest cache when the row routine makes an output row of it.
+//
+// Of large images, the columns ask on their way for the rows that the row routine reads and writes next.
 #include <algorithm>
 #include <cfloat>
 #include <cstring>
 #include <type_traits>
 
+#include "ahead.h"
 #include "noxvminmax.h"
 #include "owncopybytes.h"
 #include "rows.h"
@@ -36,6 +39,7 @@ struct Columns {
     RowRoutine<T> row;
     T **ring;
     int slots;
+    bool asks;        ///< for the next rows of both images
     int filtered = 0; ///< source rows done so far
 
     int nextSlot = 0; ///< the ring's place for the next one
@@ -55,9 +59,16 @@ struct Columns {
             nextSlot = nextSlot + 1 == slots ? 0 : nextSlot + 1;
         }
     }
+    /// The source rows that are filtered next, and the results from row y on.
+    template <int rows>
+    AheadRows<rows> ahead(int y) const {
+        return asks ? AheadRows<rows>(src, filtered, dst, y) : AheadRows<rows>();
+    }
     void copy(int y, const T *from) const { std::memcpy(dst[y], from, static_cast<std::size_t>(count) * sizeof(T)); }
-    void join(const T *a, const T *b, T *out) const {
-        NOX_ON_TIER_FOR(tierBytes<T>(count), joinRows<Op, T>(a, b, out, count));
+    void join(const T *a, const T *b, int y) const {
+        asking(ahead<1>(y + 1), [&](const auto &next) {
+            NOX_ON_TIER_FOR(tierBytes<T>(count), joinRows<Op, T>(a, b, dst[y], count, next));
+        });
     }
 
     /// The outputs above the first one whose window begins in the image: each takes one more row into the one before.
@@ -68,10 +79,10 @@ struct Columns {
                 fetch(std::min(last, roi.height - 1));
                 copy(0, slot(0));
                 for (int i = 1; i < filtered; ++i)
-                    join(dst[0], slot(i), dst[0]);
+                    join(dst[0], slot(i), 0);
             } else if (last < roi.height) {
                 fetch(last);
-                join(dst[y - 1], slot(last), dst[y]);
+                join(dst[y - 1], slot(last), y);
             } else {
                 copy(y, dst[y - 1]);
             }
@@ -86,7 +97,7 @@ struct Columns {
         if (last > b + 1)
             NOX_ON_TIER(suffixRows<Op, T>(ring, slots, last % slots, last - b, count));
         if (last > b)
-            join(slot(b), slot(b + 1), dst[b + anchor]);
+            join(slot(b), slot(b + 1), b + anchor);
         else
             copy(b + anchor, slot(b));
         const int first = b % slots;
@@ -99,14 +110,17 @@ struct Columns {
             if (behind >= roi.height)
                 copy(y, suffix);
             else if (i == n && next < roi.height && next > behind)
-                join(running, slotBehind(first, n + i - 1), dst[y]);
+                join(running, slotBehind(first, n + i - 1), y);
             else if (i == n)
                 copy(y, running);
             else if (i == 1 || next >= roi.height)
-                join(i == 1 ? suffix : running, i == 1 ? running : suffix, dst[y]);
+                join(i == 1 ? suffix : running, i == 1 ? running : suffix, y);
             else
-                NOX_ON_TIER_FOR(tierBytes<T>(count), joinPrefix<Op, T>(running, running, slotBehind(first, n + i - 1),
-                                                                       suffix, dst[y], count));
+                asking(ahead<1>(y + 1), [&](const auto &later) {
+                    NOX_ON_TIER_FOR(tierBytes<T>(count),
+                                    joinPrefix<Op, T>(running, running, slotBehind(first, n + i - 1), suffix, dst[y],
+                                                      count, later));
+                });
         }
     }
 
@@ -120,7 +134,9 @@ struct Columns {
             // The ring holds these rows and no others, so the first one lies where the next one will.
             for (int i = 0; i <= taps; ++i)
                 rows[i] = slotBehind(nextSlot, i);
-            NOX_ON_TIER_FOR(tierBytes<T>(count), joinTwo<Op, T, taps>(rows, dst[y], dst[y + 1], count));
+            asking(ahead<2>(y + 2), [&](const auto &later) {
+                NOX_ON_TIER_FOR(tierBytes<T>(count), joinTwo<Op, T, taps>(rows, dst[y], dst[y + 1], count, later));
+            });
         }
         fetch(roi.height - 1);
         for (; y < roi.height; ++y) {
@@ -139,9 +155,10 @@ struct Columns {
 template <class Op, class T>
 Columns<Op, T> columnsOf(const T *src, int srcStep, T *dst, int dstStep, NoxiSize roi, int channels, int windowWidth,
                          int windowHeight, int anchorX, RowRoutine<T> row, T **rows) {
-    return {{src, srcStep},  {dst, dstStep}, roi, static_cast<std::ptrdiff_t>(roi.width) * channels,
-            windowWidth,     anchorX,        row, rows,
-            windowHeight + 1};
+    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * channels;
+    const long long bytes = 2LL * static_cast<int>(sizeof(T)) * count * roi.height;
+    return {{src, srcStep},   {dst, dstStep},     roi, count, windowWidth, anchorX, row, rows,
+            windowHeight + 1, leavesCaches(bytes)};
 }
 
 /// Rows alone. A row goes straight to its place, unless that is where it comes from.
@@ -162,7 +179,8 @@ template <class Op>
 class ColumnsFirst {
 public:
     ColumnsFirst(const Columns<Op, Nox8u> &call, int windowHeight, int anchor)
-        : call_(call), n_(windowHeight), anchor_(anchor), lines_{call.ring[0], call.ring[1] - call.ring[0]} {}
+        : call_(call), n_(windowHeight), anchor_(anchor), lines_{call.ring[0], call.ring[1] - call.ring[0]},
+          asks_(1LL * call.count * height() > leastAsking) {}
 
     void run() {
         if (n_ > 2 && n_ <= most)
@@ -178,6 +196,10 @@ private:
     /// The highest window whose outputs are joined four at a time, from n + 3 rows that the nearest cache should hold.
     static constexpr int most = 16;
 
+    /// Bytes of an image above which asking pays. Here columns read the image itself, in an order that hardware
+    /// foresees, and smaller images are slower by a tenth with it.
+    static constexpr long long leastAsking = 1 << 22;
+
     int bytes() const { return tierBytes<Nox8u>(call_.count); }
     int height() const { return call_.roi.height; }
     int rowIn(long long y) const { return static_cast<int>(std::clamp<long long>(y, 0, height() - 1)); }
@@ -186,6 +208,15 @@ private:
     void finish(const Nox8u *line, int y) const {
         if (call_.windowWidth > 1)
             call_.row(line, call_.dst[y], call_.roi.width, call_.windowWidth, call_.anchorX);
+    }
+
+    /// What comes after row y - 1 of the image: source rows, and the output rows that are finished after the columns,
+    /// or with windows one pixel wide are joined next.
+    template <int rows>
+    AheadRows<rows> ahead(long long y, int joined) const {
+        return asks_ ? AheadRows<rows>(call_.src, static_cast<int>(y), call_.dst,
+                                       call_.windowWidth == 1 ? joined + rows : joined)
+                     : AheadRows<rows>();
     }
 
     /// Output rows y to end, one at a time.
@@ -210,12 +241,14 @@ private:
             const Nox8u *const from = call_.src[y - anchor_];
             Nox8u *const to = lineFor(y, 0);
             const std::ptrdiff_t toStep = call_.windowWidth == 1 ? call_.dst.step : lines_.step;
-            if (n_ == 3)
-                NOX_ON_TIER_FOR(bytes(), joinFour<Op, 3>(from, call_.src.step, n_, to, toStep, call_.count));
-            else if (n_ == 5)
-                NOX_ON_TIER_FOR(bytes(), joinFour<Op, 5>(from, call_.src.step, n_, to, toStep, call_.count));
-            else
-                NOX_ON_TIER_FOR(bytes(), joinFour<Op, 0>(from, call_.src.step, n_, to, toStep, call_.count));
+            asking(ahead<4>(0LL + y - anchor_ + n_ + 3, y), [&](const auto &next) {
+                if (n_ == 3)
+                    NOX_ON_TIER_FOR(bytes(), joinFour<Op, 3>(from, call_.src.step, n_, to, toStep, call_.count, next));
+                else if (n_ == 5)
+                    NOX_ON_TIER_FOR(bytes(), joinFour<Op, 5>(from, call_.src.step, n_, to, toStep, call_.count, next));
+                else
+                    NOX_ON_TIER_FOR(bytes(), joinFour<Op, 0>(from, call_.src.step, n_, to, toStep, call_.count, next));
+            });
             for (int i = 0; i < 4; ++i)
                 finish(lines_[i], y + i);
         }
@@ -240,8 +273,10 @@ private:
                 before = call_.src[next];
                 NOX_ON_TIER_FOR(bytes(), joinRows<Op, Nox8u>(before, suffix, to, call_.count));
             } else if (next > last && next < height()) {
-                NOX_ON_TIER_FOR(bytes(),
-                                joinPrefix<Op, Nox8u>(before, running, call_.src[next], suffix, to, call_.count));
+                asking(ahead<1>(next + 1, y), [&](const auto &later) {
+                    NOX_ON_TIER_FOR(bytes(), joinPrefix<Op, Nox8u>(before, running, call_.src[next], suffix, to,
+                                                                   call_.count, later));
+                });
                 before = running;
             } else if (before != nullptr) {
                 NOX_ON_TIER_FOR(bytes(), joinRows<Op, Nox8u>(before, suffix, to, call_.count));
@@ -258,6 +293,7 @@ private:
     const Columns<Op, Nox8u> &call_;
     const int n_, anchor_;
     const Rows<Nox8u> lines_; ///< n + 1 of them
+    const bool asks_;
 };
 
 /// Whether one image ends before the other begins.
