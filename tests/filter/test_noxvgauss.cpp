@@ -72,6 +72,18 @@ void compareSizes(const std::vector<int> &kernelSizes) {
 TEST(Gauss, StandardSizes) { compareSizes({3, 5, 9, 11, 13, 21}); }
 TEST(GaussFull, ManyKernelSizes) { compareSizes({3, 5, 7, 9, 11, 13, 15, 17, 19, 23, 31, 65, 301}); }
 
+/// Images that are too large for the nearest caches: there all but the largest kernels go down by pairs of rows, and
+/// ask for the rows that come next.
+TEST(Gauss, ImagesThatLeaveTheCaches) {
+    test::Random random(6);
+    for (const int height : {398, 399}) {
+        Image<Nox32f> src(331, height, 1, 4);
+        test::randomize(src, random);
+        for (const int kernelSize : {3, 5, 9, 63, 65})
+            ASSERT_TRUE(agrees(src, kernelSize, 0.3F + Nox32f(kernelSize) / 5, 8, 0));
+    }
+}
+
 TEST(Gauss, FlatImageComesOutDarker) {
     Image<Nox32f> src(8, 8), dst(8, 8);
     src.fill(1000);

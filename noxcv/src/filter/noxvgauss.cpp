@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "ahead.h"
 #include "checks.h"
 #include "frame/noxvrowring.h"
 #include "frame/noxvworkbuffer.h"
@@ -74,9 +75,12 @@ NoxStatus checkKernelSize(int kernelSize) { return require(kernelSize >= 3 && ke
 int clampedRow(int y, int height) { return std::clamp(y, 0, height - 1); }
 
 /// Two rows at once, so that each row of the ring is read half as often, pay from this many taps on: the ring of a
-/// smaller kernel lies in the nearest cache.
+/// smaller kernel lies in the nearest cache. In large images they always pay, since they ask for the next rows.
 constexpr int fewestPairTaps = 7;
-constexpr bool goesInPairs(int tapCount) { return tapCount >= fewestPairTaps && tapCount <= mostPairTaps; }
+bool leavesCaches(NoxiSize roi) { return nox::leavesCaches(2 * static_cast<int>(sizeof(Nox32f)) * area(roi)); }
+bool goesInPairs(NoxiSize roi, int tapCount) {
+    return tapCount <= mostPairTaps && (tapCount >= fewestPairTaps || leavesCaches(roi));
+}
 
 /// The parts of the work buffer: taps, which lie where the buffer begins, and a row with its margins; then, on a
 /// boundary, row pointers and the ring: as many rows as the kernel, one more for pairs, and never more than the image.
@@ -86,7 +90,7 @@ struct Areas {
     RowRing<Nox32f> ring;
 
     static int ringRows(NoxiSize roi, int tapCount) {
-        return std::min(tapCount + (goesInPairs(tapCount) ? 1 : 0), roi.height);
+        return std::min(tapCount + (goesInPairs(roi, tapCount) ? 1 : 0), roi.height);
     }
     Areas(WorkBuffer &&head, WorkBuffer &&rest, NoxiSize roi, int tapCount)
         : taps(head.take<Nox32f>(tapCount)), scratch(head.take<Nox32f>(scratchLength(roi, tapCount))),
@@ -105,8 +109,9 @@ private:
 void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tapCount, const Areas &work) {
     const int reach = tapCount / 2;
     // Rows that overlap are written in their order.
-    const bool pairs = goesInPairs(tapCount) &&
+    const bool pairs = goesInPairs(roi, tapCount) &&
                        std::abs(dst.step) >= static_cast<std::ptrdiff_t>(roi.width) * std::ptrdiff_t{sizeof(Nox32f)};
+    const bool asks = leavesCaches(roi);
     int filtered = -1; // the last row in the ring
     for (int y = 0; y < roi.height;) {
         const int count = pairs && y + 1 < roi.height ? 2 : 1;
@@ -118,7 +123,8 @@ void filterImage(Rows<const Nox32f> src, Rows<Nox32f> dst, NoxiSize roi, int tap
         for (int j = 0; j < tapCount + count - 1; ++j)
             work.window[j] = work.ring[clampedRow(y + j - reach, roi.height)];
         if (count == 2)
-            sumTapsTwice(work.window, work.taps, tapCount, dst[y], dst[y + 1], roi.width);
+            sumTapsTwice(work.window, work.taps, tapCount, dst[y], dst[y + 1], roi.width,
+                         asks ? AheadRows<2>(src, filtered + 1, dst, y + 2) : AheadRows<2>());
         else
             sumTaps(ColumnWindow<Nox32f>{work.window, 0}, work.taps, tapCount, dst[y], roi.width);
         y += count;

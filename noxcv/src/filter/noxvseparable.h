@@ -7,6 +7,7 @@
 
 #include <cstddef>
 
+#include "ahead.h"
 #include "noxtypes.h"
 #include "noxvquotient.h"
 #include "rows.h"
@@ -50,10 +51,11 @@ void sumTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox6
 void sumTaps(RowWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
 void sumTaps(ColumnWindow<Nox32f> window, const Nox32f *taps, int tapCount, Nox32f *sums, int count);
 
-/// Two outputs of a column filter, of the rows from rows[0] and from rows[1] on, by 3 to mostPairTaps taps.
+/// Two outputs of a column filter, of the rows from rows[0] and from rows[1] on, by 3 to mostPairTaps taps. Asks for
+/// what comes next.
 constexpr int mostPairTaps = 64;
-void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second,
-                  int count);
+void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second, int count,
+                  const AheadRows<2> &ahead);
 
 /// Quotients, clamped and truncated.
 template <class T>

@@ -147,9 +147,9 @@ NOX_SUM_REALS(ColumnWindow<Nox32f>, Nox32f, Nox32f)
 NOX_SUM_CONVERTED(Nox16s, Nox16s)
 NOX_SUM_CONVERTED(Nox16s, Nox32f)
 
-void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second,
-                  int count) {
-    NOX_ON_TIER(sumRowPair(rows, taps, tapCount, first, second, count));
+void sumTapsTwice(const Nox32f *const *rows, const Nox32f *taps, int tapCount, Nox32f *first, Nox32f *second, int count,
+                  const AheadRows<2> &ahead) {
+    asking(ahead, [&](const auto &next) { NOX_ON_TIER(sumRowPair(rows, taps, tapCount, first, second, count, next)); });
 }
 
 #define NOX_STORE_QUOTIENTS(TYPE)                                                                                      \
