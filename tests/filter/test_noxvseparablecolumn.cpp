@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "noxcv.h"
@@ -96,16 +97,19 @@ std::vector<const T *> constRows(const Image<T> &image, int stride) {
     return {rows.begin(), rows.end()};
 }
 
+/// The row pointers end at memory that is not there: none behind them is read.
 template <class M>
 testing::AssertionResult agrees(const Image<typename M::Pixel> &src, const std::vector<typename M::Tap> &kernel,
                                 int divisor, int padding = 0, int stride = 1) {
     const int kernelSize = int(kernel.size());
     const NoxiSize roi = {src.width(), src.height() - kernelSize + 1};
     Image<typename M::Out> actual(roi.width, roi.height, M::channels, padding), expected(actual);
-    auto rows = constRows(src, stride);
+    const auto rows = constRows(src, stride);
+    const Buffer pointers(rows.size() * sizeof(rows[0]));
+    std::memcpy(pointers.data(), rows.data(), pointers.size());
     const Buffer buffer(std::size_t(std::max(1, queriedSize<M>(roi, kernelSize))));
-    const NoxStatus status =
-        invoke<M>(rows.data(), actual.data(), actual.step(), roi, kernel.data(), kernelSize, divisor, buffer.data());
+    const NoxStatus status = invoke<M>(reinterpret_cast<const typename M::Pixel **>(pointers.data()), actual.data(),
+                                       actual.step(), roi, kernel.data(), kernelSize, divisor, buffer.data());
     if (status != noxStsNoError)
         return testing::AssertionFailure() << "status " << status;
     reference::separable::filterColumns<typename M::Sum>(rows.data(), expected.data(), expected.step(),
@@ -149,6 +153,18 @@ void compareSizes(const std::vector<NoxiSize> &sizes, const std::vector<int> &ke
 }
 
 TYPED_TEST(ColumnPipeline, StandardSizes) { compareSizes<TypeParam>(test::testSizes(), {1, 2, 3, 5, 7, 8}); }
+/// Such images ask for rows ahead.
+template <class M>
+void compareLarge(const std::vector<int> &kernelSizes) {
+    constexpr int width = 1133, bytes = width * M::channels * int(sizeof(typename M::Pixel) + sizeof(typename M::Out));
+    compareSizes<M>({{width, 2 + (4 << 20) / bytes}}, kernelSizes);
+}
+
+TYPED_TEST(ColumnPipeline, ImagesThatLeaveTheCaches) { compareLarge<TypeParam>({3}); }
+TEST(ColumnPipelineFull, ImagesThatLeaveTheCaches) {
+    forMembers(Members(), []<class M>() { ASSERT_NO_FATAL_FAILURE(compareLarge<M>({5, 66})); });
+}
+
 template <class M>
 void compareManyKernels() {
     compareSizes<M>(test::testSizes(), {1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 15, 40, 99});

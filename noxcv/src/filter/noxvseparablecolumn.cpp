@@ -1,6 +1,7 @@
 // Column filters from rows given by their pointers: the second stage of a separable filter.
 #include <climits>
 
+#include "ahead.h"
 #include "checks.h"
 #include "noxcv/filter.h"
 #include "noxvpipelinefloats.h"
@@ -12,11 +13,51 @@ using namespace nox;
 
 namespace {
 
+/// The row that the next window has more than this one, and the row that it is filtered to.
+struct NextWindow {
+    Ahead source, result;
+
+    void askAll(int count) {
+        source.askAll(count);
+        result.askAll(count);
+    }
+};
+
+/// What comes after each window of an image. Hardware follows the one new row and the result by itself, and is fast
+/// enough in images up to some times the size of those that leave the nearest caches; in larger ones it loses time at
+/// the beginning of every row and every page.
+template <class T, class Out>
+class NextWindows {
+public:
+    NextWindows(const T *const *rows, Rows<Out> dst, int width, int height, int kernelSize)
+        : rows_(rows), dst_(dst), last_(height - 1), kernelSize_(kernelSize),
+          asks_(leavesCaches(static_cast<long long>(sizeof(T) + sizeof(Out)) * width * height / hardwareServes)) {}
+
+    /// line(y, what comes next) for all windows.
+    template <class Line>
+    void forLines(const Line &line) const {
+        int y = 0;
+        for (; asks_ && y < last_; ++y)
+            line(y, NextWindow{Ahead(elements(rows_)[y + kernelSize_]), Ahead(static_cast<Out *>(dst_[y + 1]))});
+        for (; y <= last_; ++y)
+            line(y, NothingAhead());
+    }
+
+private:
+    static constexpr int hardwareServes = 4;
+    const T *const *rows_;
+    Rows<Out> dst_;
+    int last_, kernelSize_;
+    bool asks_;
+};
+
 template <class Rule, class T>
 void filterColumns(const Rule &rule, const T *const *rows, Rows<typename Rule::Output> dst, int width, int height,
-                   int /*kernelSize*/) {
-    for (int y = 0; y < height; ++y)
-        filterLine(rule, ColumnWindow<T>{rows + y, 0}, dst[y], width);
+                   int kernelSize) {
+    const NextWindows next(rows, dst, width, height, kernelSize);
+    next.forLines([&](int y, const auto &ahead) {
+        filterLine(rule, ColumnWindow<T>{rows + y, 0}, dst[y], width, ahead);
+    });
 }
 
 /// The spread of all rows.
@@ -57,16 +98,18 @@ private:
 
 void filterColumns(const FloatRule &rule, const Nox32f *const *rows, Rows<Nox32f> dst, int width, int height,
                    int kernelSize) {
+    const NextWindows next(rows, dst, width, height, kernelSize);
     if (kernelSize > SpreadWindow::mostRows) {
         // The look at all rows is small beside so many taps.
         const Spread all = spreadOfRows(rows, width, height + kernelSize - 1);
-        for (int y = 0; y < height; ++y)
-            filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, all);
-        return;
+        return next.forLines([&](int y, const auto &ahead) {
+            filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, ahead, all);
+        });
     }
     SpreadWindow spreads(rule, rows, width, kernelSize);
-    for (int y = 0; y < height; ++y)
-        filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, spreads.at(y));
+    next.forLines([&](int y, const auto &ahead) {
+        filterLine(rule, ColumnWindow<Nox32f>{rows + y, 0}, dst[y], width, ahead, spreads.at(y));
+    });
 }
 
 template <class Rule, class T>

@@ -52,7 +52,7 @@ public:
 
     template <class T>
     void operator()(RowWindow<T> window, typename Rule::Output *dst, int count) const {
-        filterLine(rule_, window, dst, count);
+        filterLine(rule_, window, dst, count, NothingAhead());
     }
 
 private:
@@ -67,9 +67,9 @@ public:
 
     void operator()(RowWindow<Nox32f> window, Nox32f *dst, int count) {
         if (count < vectorLength)
-            return filterLine(rule_, window, dst, count, Spread());
+            return filterLine(rule_, window, dst, count, NothingAhead(), Spread());
         const std::ptrdiff_t under = count + window.stride * (rule_.tapCount() - 1);
-        filterLine(rule_, window, dst, count, look_.at(window.first, static_cast<int>(under)));
+        filterLine(rule_, window, dst, count, NothingAhead(), look_.at(window.first, static_cast<int>(under)));
     }
 
 private:

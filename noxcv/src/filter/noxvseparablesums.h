@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <type_traits>
 
+#include "ahead.h"
 #include "noxvextendedsum.h"
 #include "noxvseparable.h"
 #include "numerics.h"
@@ -199,11 +200,14 @@ private:
     Nox64f margin_; ///< bounds the error of a sum; 0 when all sums are exact
 };
 
-/// Outputs of one line: blocks, or one by one where a block would be too short for the kernels.
-template <class Rule, class Window, class... More>
-void filterLine(const Rule &rule, Window window, typename Rule::Output *dst, int count, const More &...more) {
+/// Outputs of one line: blocks, or one by one where a block would be too short for the kernels. With each block it asks
+/// for as much of what comes next.
+template <class Rule, class Window, class Next, class... More>
+void filterLine(const Rule &rule, Window window, typename Rule::Output *dst, int count, Next next,
+                const More &...more) {
     for (int x = 0; x < count; x += blockLength) {
         const int length = std::min(blockLength, count - x);
+        next.askAll(length);
         if (length >= vectorLength)
             rule.block(window.from(x), dst + x, length, more...);
         else

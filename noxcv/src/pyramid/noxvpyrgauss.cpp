@@ -7,6 +7,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "ahead.h"
 #include "borders.h"
 #include "checks.h"
 #include "frame/noxvdatatype.h"
@@ -22,6 +23,9 @@ namespace {
 
 constexpr int bufferAlignment = 32, rowAlignment = 16;
 constexpr int downRows = 6, upRows = 3;
+/// Asking for rows ahead pays in images so many times as large as those that leave the nearest caches: in others
+/// hardware, which follows every row by itself, is fast enough.
+constexpr int aheadFrom = 4;
 
 /// Bytes of the row accumulators with room to align them: six rows of the width on the way down, three of twice the
 /// width on the way up, 32 bits an element.
@@ -236,27 +240,33 @@ NOX_TIERS void spreadRow3(const Nox16u *sums, T *__restrict even, T *__restrict 
 }
 
 template <int Shift, int Channels, class T>
-void spreadRow(Nox16u *sums, T *scratch, T *dst, int width) {
+void spreadRow(Nox16u *sums, T *scratch, T *dst, int width, const Ahead &ahead, int asked) {
     extendColumns<Channels>(sums, width);
     if constexpr (Channels == 1)
-        spreadRow1<Shift>(sums, dst, width);
+        inPieces<512>(width, ahead, asked, [&](int x, int n) { spreadRow1<Shift>(sums + x, dst + 2 * x, n); });
     else
         spreadRow3<Shift>(sums, scratch, scratch + static_cast<std::ptrdiff_t>(width) * 3, dst, width);
 }
 
+/// Each pass asks for the row that the next one begins with. (Three channels take so long that memory keeps up.)
 template <class T, int Channels>
 requires std::is_integral_v<T>
 void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
-    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(roi.width) * Channels;
+    const int count = roi.width * Channels;
     WorkBuffer work(buffer, bufferAlignment);
     Nox16u *const first = takeSums(work, count, Channels);
     Nox16u *const second = takeSums(work, count, Channels);
     T *const scratch = work.take<T>(0);
+    const bool asks = Channels == 1 && leavesCaches(5 * area(roi) / aheadFrom);
+    const auto ahead = [asks](const T *row) { return asks ? Ahead(row) : Ahead(); };
     for (int y = 0; y < roi.height; ++y) {
-        combineUp(src[y == 0 ? std::min(1, roi.height - 1) : y - 1], src[y], src[std::min(y + 1, roi.height - 1)],
-                  first, second, static_cast<int>(count));
-        spreadRow<6, Channels>(first, scratch, dst[2 * y], roi.width);
-        spreadRow<4, Channels>(second, scratch, dst[2 * y + 1], roi.width);
+        const T *above = src[y == 0 ? std::min(1, roi.height - 1) : y - 1], *here = src[y],
+                *below = src[std::min(y + 1, roi.height - 1)];
+        T *const even = dst[2 * y], *const odd = dst[2 * y + 1];
+        inPieces<512>(count, ahead(even), 2 * count,
+                      [&](int x, int n) { combineUp(above + x, here + x, below + x, first + x, second + x, n); });
+        spreadRow<6, Channels>(first, scratch, even, roi.width, ahead(odd), 2 * count);
+        spreadRow<4, Channels>(second, scratch, odd, roi.width, ahead(src[std::min(y + 2, roi.height - 1)]), count);
     }
 }
 
@@ -314,14 +324,19 @@ NOX_TIERS void filterInner1(const Element<Nox32f> *src, Nox32f *row, Nox32f *par
         row[x] = filterInside(even[x - 1], odd[x - 1], even[x], odd[x], even[x + 1]);
 }
 
-/// Inner pixels of three channels. Four lanes carry three channels; the next pixel overwrites the fourth. The last
-/// inner pixel goes by single values: its loads could reach one value behind the row.
-NOX_TIERS void filterInner3(const Element<Nox32f> *src, Nox32f *row, int width) {
-    const int end = innerEnd(width);
-    for (int x = 1; x < end - 1; ++x) {
+/// Some pixels of three channels. Four lanes carry three channels; the next pixel overwrites the fourth.
+NOX_TIERS void filterPixels3(const Element<Nox32f> *src, Nox32f *row, int count) {
+    for (int x = 0; x < count; ++x) {
         const Element<Nox32f> *s = src + 6 * x;
         store(row + 3 * x, filterInside(load(s - 6), load(s - 3), load(s), load(s + 3), load(s + 6)));
     }
+}
+
+/// Inner pixels of three channels. The last one goes by single values: its loads could reach one value behind the row.
+void filterInner3(const Element<Nox32f> *src, Nox32f *row, int width, const Ahead &ahead) {
+    const int end = innerEnd(width);
+    inPieces<64>(std::max(end - 2, 0), ahead, 3 * width,
+                 [&](int x, int n) { filterPixels3(src + 6 * (x + 1), row + 3 * (x + 1), n); });
     for (int x = std::max(end - 1, 1); x < end; ++x)
         for (int c = 0; c < 3; ++c) {
             const Element<Nox32f> *s = src + 6 * x + c;
@@ -330,12 +345,12 @@ NOX_TIERS void filterInner3(const Element<Nox32f> *src, Nox32f *row, int width) 
 }
 
 template <int Channels>
-void filterRow(const Nox32f *src, Nox32f *row, Nox32f *parted, int width) {
+void filterRow(const Nox32f *src, Nox32f *row, Nox32f *parted, int width, const Ahead &ahead) {
     constexpr std::ptrdiff_t pixelBytes = Channels * sizeof(Nox32f);
     if constexpr (Channels == 1)
         filterInner1(src, row, parted, width);
     else
-        filterInner3(src, row, width);
+        filterInner3(src, row, width, ahead);
     const auto endPixel = [&](int x) {
         for (int c = 0; c < Channels; ++c)
             row[x * Channels + c] = filterLine(src + c, pixelBytes, x, width);
@@ -383,14 +398,23 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     const int count = (roi.width + 1) / 2 * Channels;
     const Accumulators sums(buffer, count, downRows);
     const RowRing<Nox32f> ring = sums.ring;
+    // Both passes ask for the row after theirs: each would begin with a row from memory. (One channel gains nothing.)
+    const bool asks = Channels == 3 && leavesCaches(area(roi) * Channels * 5 / aheadFrom);
+    const int lastRow = roi.height - 1, lastResult = (roi.height + 1) / 2 - 1;
+    const auto ahead = [asks](const Element<Nox32f> *row) { return asks ? Ahead(row) : Ahead(); };
     int filtered = 0;
-    for (int y = 0; y < (roi.height + 1) / 2; ++y) {
+    for (int y = 0; y <= lastResult; ++y) {
         for (; filtered < std::min(2 * y + 3, roi.height); ++filtered)
-            filterRow<Channels>(src[filtered], ring[filtered], sums.behind, roi.width);
+            filterRow<Channels>(src[filtered], ring[filtered], sums.behind, roi.width,
+                                ahead(src[std::min(filtered + 1, lastRow)]));
         const Nox32f *rows[5];
         for (int k = 0; k < 5; ++k)
             rows[k] = ring[borderIndex(2 * y - 2 + k, roi.height, noxBorderMirror)];
-        combineDown(rows, dst[y], count);
+        Element<Nox32f> *const result = dst[y];
+        inPieces<512>(count, ahead(dst[std::min(y + 1, lastResult)]), count, [&](int x, int n) {
+            const Nox32f *const from[] = {rows[0] + x, rows[1] + x, rows[2] + x, rows[3] + x, rows[4] + x};
+            combineDown(from, result + x, n);
+        });
     }
 }
 
