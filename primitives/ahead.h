@@ -117,7 +117,8 @@ NOX_INLINE void inPieces(int count, const Ahead &ahead, int asked, const Body &b
     }
 }
 
-/// Whether images of so many bytes together are too large to stay in the nearest caches from one call to the next.
-constexpr bool leavesCaches(long long bytes) { return bytes > 1 << 20; }
+/// Whether images of so many bytes together are too large, or so many times too large, to stay in the nearest caches
+/// from one call to the next.
+constexpr bool leavesCaches(long long bytes, int times = 1) { return bytes > (1LL << 20) * times; }
 
 } // namespace nox

@@ -31,7 +31,7 @@ class NextWindows {
 public:
     NextWindows(const T *const *rows, Rows<Out> dst, int width, int height, int kernelSize)
         : rows_(rows), dst_(dst), last_(height - 1), kernelSize_(kernelSize),
-          asks_(leavesCaches(static_cast<long long>(sizeof(T) + sizeof(Out)) * width * height / hardwareServes)) {}
+          asks_(leavesCaches(static_cast<long long>(sizeof(T) + sizeof(Out)) * width * height, hardwareServes)) {}
 
     /// line(y, what comes next) for all windows.
     template <class Line>

@@ -180,7 +180,7 @@ class ColumnsFirst {
 public:
     ColumnsFirst(const Columns<Op, Nox8u> &call, int windowHeight, int anchor)
         : call_(call), n_(windowHeight), anchor_(anchor), lines_{call.ring[0], call.ring[1] - call.ring[0]},
-          asks_(1LL * call.count * height() > leastAsking) {}
+          asks_(leavesCaches(1LL * call.count * height(), aheadFrom)) {}
 
     void run() {
         if (n_ > 2 && n_ <= most)
@@ -196,9 +196,9 @@ private:
     /// The highest window whose outputs are joined four at a time, from n + 3 rows that the nearest cache should hold.
     static constexpr int most = 16;
 
-    /// Bytes of an image above which asking pays. Here columns read the image itself, in an order that hardware
-    /// foresees, and smaller images are slower by a tenth with it.
-    static constexpr long long leastAsking = 1 << 22;
+    /// Asking pays in images so many times as large as those that leave the nearest caches. Here columns read the image
+    /// itself, in an order that hardware foresees, and smaller images are slower by a tenth with it.
+    static constexpr int aheadFrom = 4;
 
     int bytes() const { return tierBytes<Nox8u>(call_.count); }
     int height() const { return call_.roi.height; }

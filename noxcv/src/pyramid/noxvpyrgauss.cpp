@@ -257,7 +257,7 @@ void pyrUp(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     Nox16u *const first = takeSums(work, count, Channels);
     Nox16u *const second = takeSums(work, count, Channels);
     T *const scratch = work.take<T>(0);
-    const bool asks = Channels == 1 && leavesCaches(5 * area(roi) / aheadFrom);
+    const bool asks = Channels == 1 && leavesCaches(5 * area(roi), aheadFrom);
     const auto ahead = [asks](const T *row) { return asks ? Ahead(row) : Ahead(); };
     for (int y = 0; y < roi.height; ++y) {
         const T *above = src[y == 0 ? std::min(1, roi.height - 1) : y - 1], *here = src[y],
@@ -399,7 +399,7 @@ void pyrDown(Rows<const T> src, Rows<T> dst, NoxiSize roi, Nox8u *buffer) {
     const Accumulators sums(buffer, count, downRows);
     const RowRing<Nox32f> ring = sums.ring;
     // Both passes ask for the row after theirs: each would begin with a row from memory. (One channel gains nothing.)
-    const bool asks = Channels == 3 && leavesCaches(area(roi) * Channels * 5 / aheadFrom);
+    const bool asks = Channels == 3 && leavesCaches(area(roi) * Channels * 5, aheadFrom);
     const int lastRow = roi.height - 1, lastResult = (roi.height + 1) / 2 - 1;
     const auto ahead = [asks](const Element<Nox32f> *row) { return asks ? Ahead(row) : Ahead(); };
     int filtered = 0;
