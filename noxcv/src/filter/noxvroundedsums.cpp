@@ -13,13 +13,14 @@
 namespace nox {
 namespace {
 
-/// Sums along a row: where they have room, its elements are converted once and not once for each tap.
+/// Sums along a row: where they have room, its elements are converted once and not once for each tap, of which there
+/// are more than three.
 template <class Round>
 auto overConverted(RowWindow<Nox32f> window, int tapCount, int count, const Round &round) {
     constexpr int room = blockLength + 192;
     alignas(32) Nox64f line[room];
     const std::ptrdiff_t under = count + window.stride * (tapCount - 1);
-    if (under > room)
+    if (under > room || tapCount < 4)
         return round(window);
     NOX_ON_TIER(convertFloats(window.first, line, static_cast<int>(under)));
     return round(RowWindow<Nox64f>{line, window.stride});
